@@ -1,0 +1,4 @@
+// The mark that exports a symbol from libqxplatform.
+#pragma once
+
+#define QXPLATFORM_API __attribute__((visibility("default")))
