@@ -25,6 +25,10 @@ if(QX_SANITIZE)
     -fsanitize=${QX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
   target_link_options(qx_options INTERFACE -fsanitize=${QX_SANITIZE})
 endif()
+if(QX_FUZZ)
+  # The fuzzer is led by the coverage of all code, the library's first.
+  target_compile_options(qx_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
 
 # qx_add_library(NAME): a shared library NAME with the alias qxsystem::NAME.
 # Its sources and headers are added by the directories that own them. An object
