@@ -10,6 +10,7 @@ set_target_properties(qxsystem PROPERTIES INSTALL_RPATH "$ORIGIN")
 
 install(TARGETS qxplatform qxsystem EXPORT qxsystem-targets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}  # for a CMake before 3.23, without file sets
   FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 install(EXPORT qxsystem-targets NAMESPACE qxsystem:: DESTINATION ${qx_package_dir})
@@ -27,5 +28,6 @@ install(FILES
 set(qx_pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH qx_prefix_from_pkgconfig
   ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" qx_prefix_from_pkgconfig "${qx_prefix_from_pkgconfig}")
 configure_file(${PROJECT_SOURCE_DIR}/cmake/qxsystem.pc.in ${PROJECT_BINARY_DIR}/qxsystem.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/qxsystem.pc DESTINATION ${qx_pkgconfig_dir})
