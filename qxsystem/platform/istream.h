@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 
 #include <qxsystem/platform/stream.h>
@@ -54,9 +55,7 @@ public:
 
   /// The byte `ahead` places further on, which stays in the stream; -1 when
   /// the stream ends before it. `ahead` is less than QXStreamBufferSize.
-  int peek(unsigned ahead = 0) {
-    return ahead < Buffered() ? cur_[ahead] : PeekAcrossFill(ahead);
-  }
+  int peek(unsigned ahead = 0) { return ahead < Buffered() ? cur_[ahead] : PeekAcrossFill(ahead); }
 
   /// The next `n` bytes, consumed, if they stand in memory already; else null,
   /// and nothing is consumed. A memory stream always has all its bytes. They
@@ -84,8 +83,11 @@ public:
   /// it was, when the source cannot seek or `pos` lies outside it.
   bool seek(long pos);
 
-  /// The position of the next byte.
-  long tell() { return _qxtell() - static_cast<long>(Buffered()); }
+  /// The position of the next byte, -1 when unknown.
+  long tell() {
+    const long behind = _qxtell();
+    return behind < 0 ? -1 : behind - static_cast<long>(Buffered());
+  }
 
   /// The size of the whole source, -1 when unknown.
   long size() { return _qxsize(); }
@@ -127,7 +129,7 @@ protected:
   /// changed, when it cannot.
   virtual bool _qxseek(long back);
 
-  /// Position in the source of the end of the window.
+  /// Position in the source of the end of the window, -1 when unknown.
   virtual long _qxtell();
 
   /// See `size`.
@@ -176,8 +178,10 @@ protected:
 
 private:
   int fd_ = -1;
-  unsigned char* buffer_ = nullptr;  // QXStreamBufferSize bytes once opened
-  long read_ = 0;                    // file position behind the window
+  bool seekable_ = false;                    // a regular file or a block device
+  bool ended_ = false;                       // the end was met, or a failure
+  std::unique_ptr<unsigned char[]> buffer_;  // QXStreamBufferSize bytes once opened
+  long read_ = 0;                            // file position behind the window
 };
 
 /// Input over a block of memory.
@@ -261,6 +265,7 @@ protected:
 
 private:
   void GiveBack();
+  void ShowInner();
 
   qxistream* inner_ = nullptr;
   bool owned_ = false;

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstring>
+#include <memory>
 #include <string>
 
 #include <qxsystem/platform/stream.h>
@@ -101,6 +102,7 @@ protected:
 
 private:
   std::size_t WriteOut(const unsigned char* data, std::size_t n);
+  void Refuse();
 };
 
 /// Output into a named file; writes 64 KiB at a time.
@@ -121,7 +123,7 @@ protected:
 
 private:
   int fd_ = -1;
-  unsigned char* buffer_ = nullptr;  // QXStreamBufferSize bytes once opened
+  std::unique_ptr<unsigned char[]> buffer_;  // QXStreamBufferSize bytes once opened
 };
 
 /// Output into memory.

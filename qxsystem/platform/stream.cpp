@@ -1,0 +1,7 @@
+#include <qxsystem/platform/stream.h>
+
+namespace QXPlatform {
+
+qxstream::~qxstream() = default;
+
+}  // namespace QXPlatform
