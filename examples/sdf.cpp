@@ -68,8 +68,8 @@ bool SDReader::Line() {
 }
 
 bool SDReader::Fail(const std::string& what) {
-  error_ = "line " + std::to_string(lineNumber_) + ", molecule " + std::to_string(record_) + ": " +
-           what;
+  error_ =
+      "line " + std::to_string(lineNumber_) + ", molecule " + std::to_string(record_) + ": " + what;
   return false;
 }
 
@@ -114,8 +114,7 @@ bool SDReader::ReadAtoms(unsigned count, SDMolecule& molecule) {
     }
     const auto symbol = Columns(line_, 31, 3);
     unsigned char number;
-    if (!ParseElement(symbol, number))
-      return Fail("unknown element '" + std::string(symbol) + "'");
+    if (!ParseElement(symbol, number)) return Fail("unknown element '" + std::string(symbol) + "'");
     molecule.elements.push_back(number);
   }
   return true;

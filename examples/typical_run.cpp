@@ -11,6 +11,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -29,9 +30,17 @@
 using namespace QXPlatform;
 using namespace QXSystem;
 
+// A value of our own type: where a molecule came from. Only a program that
+// installs the two functors below can read and write it. The type has a name
+// outside this file, since it is by that name that types are told apart.
+struct Origin {
+  std::string file;
+  int record = 0;  // from 1
+};
+
 namespace {
 
-// Values of a molecule beside its data fields, which keep their own names.
+// Names of a molecule's values beside its data fields, which keep their own.
 constexpr const char* kTitle = "Molecule.Title";
 constexpr const char* kElements = "Molecule.Elements";
 constexpr const char* kCoordinates = "Molecule.Coordinates";
@@ -41,34 +50,28 @@ constexpr const char* kAtomCount = "Molecule.AtomCount";
 constexpr const char* kCentroid = "Molecule.Centroid";
 constexpr const char* kRadiusOfGyration = "Molecule.RadiusOfGyration";
 
-constexpr const char* kBlockTag = "QXBasePOD";    // a molecule's record
-constexpr const char* kOriginTag = "Origin";      // the stored form of an Origin
-constexpr const char* kNotesTag = "ScreeningNotes";  // a record of another program
-
-// A value of our own type: where in the SD file a molecule came from. Only a
-// program that installs the two functors below can read and write it.
-struct Origin {
-  std::string file;
-  int record = 0;
-};
+// Tags of records.
+constexpr const char* kMolecule = "QXBasePOD";
+constexpr const char* kNotes = "ScreeningNotes";
+constexpr const char* kOriginText = "Origin";        // "7 small.sdf"
+constexpr const char* kOriginValue = "OriginValue";  // an Origin as a molecule's value
 
 class OriginWriter : public QXWriteFxn<Origin> {
 public:
-  const char* GetTag() const override { return kOriginTag; }
+  const char* GetTag() const override { return kOriginText; }
   const void* GetType() const override { return QXGetDataType<Origin>(); }
   OriginWriter* CreateCopy() const override { return new OriginWriter(*this); }
 
   bool operator()(qxostream& out, const Origin& origin,
                   const QXBinaryIOHandlerBase&) const override {
     const std::string text = std::to_string(origin.record) + ' ' + origin.file;
-    return QXBWriteTag(out, kOriginTag) && QXBWriteDataLength(out, text.size()) &&
-           out.write(text) == text.size();
+    return QXBWriteRecord(out, kOriginText, text.data(), text.size());
   }
 };
 
 class OriginReader : public QXReadFxn<Origin> {
 public:
-  const char* GetTag() const override { return kOriginTag; }
+  const char* GetTag() const override { return kOriginText; }
   const void* GetType() const override { return QXGetDataType<Origin>(); }
   OriginReader* CreateCopy() const override { return new OriginReader(*this); }
 
@@ -76,9 +79,9 @@ public:
                       const QXBinaryIOHandlerBase&) const override {
     std::string text;
     if (in.read(text, length) != length) return QXBReturn::IncorrectSize;
-    const auto end = text.data() + text.size();
+    const char* const end = text.data() + text.size();
     const auto number = std::from_chars(text.data(), end, origin.record);
-    if (number.ec != std::errc() || number.ptr == end) return QXBReturn::IncorrectSize;
+    if (number.ec != std::errc() || number.ptr == end) return QXBReturn::CheckFailed;
     origin.file.assign(number.ptr + 1, end);
     return QXBReturn::Success;
   }
@@ -91,7 +94,7 @@ void InstallMolecules(QXBinaryIOHandler& handler) {
 }
 
 void InstallOrigins(QXBinaryIOHandler& handler) {
-  QXInstallGenericDataHandler<Origin>(handler, kOriginTag);
+  QXInstallGenericDataHandler<Origin>(handler, kOriginValue);
   handler.SetReadFxn(OriginReader(), /*asDefault=*/false);
   handler.SetWriteFxn(OriginWriter(), /*asDefault=*/false);
 }
@@ -114,15 +117,14 @@ struct Account {
   unsigned items = 0;  // of all molecules together
 };
 
-// The number that the whole of `text` is. What is no plain number, such as a
-// text with leading zeros, which may be an identifier, stays a text.
+// The number that the whole of `text` is. A text with leading zeros may be an
+// identifier and is none.
 template <class T>
 bool ParseNumber(const std::string& text, T& value) {
-  const std::size_t digits = text.compare(0, 1, "-") == 0 ? 1 : 0;
-  if (digits == text.size() || !std::strchr("0123456789.", text[digits])) return false;
-  if (text[digits] == '0' && digits + 1 < text.size() && std::isdigit(text[digits + 1]))
-    return false;
-  const auto end = text.data() + text.size();
+  const auto first = text.find_first_not_of('-');
+  if (first == text.npos || text.find_first_of("0123456789.") != first) return false;
+  if (text[first] == '0' && first + 1 < text.size() && text[first + 1] != '.') return false;
+  const char* const end = text.data() + text.size();
   const auto result = std::from_chars(text.data(), end, value);
   return result.ec == std::errc() && result.ptr == end;
 }
@@ -176,12 +178,14 @@ std::string Convert(const std::string& sdName, const std::string& qxbName, Accou
     account.items += CountItems(object);
 
     if (!QXBinaryWrite<QXBase>(out, object, handler)) Fail(qxbName + ": cannot be written");
-    if (account.molecules == 1 && !(QXBWriteTag(out, kNotesTag) &&
-                                    QXBWriteDataLength(out, notes.size()) && out.write(notes)))
+    if (account.molecules == 1 && !QXBWriteRecord(out, kNotes, notes.data(), notes.size()))
       Fail(qxbName + ": cannot be written");
   }
-  if (!reader.Error().empty()) Fail(sdName + ": " + reader.Error());
-  if (account.molecules == 0) Fail(sdName + ": no molecules");
+  if (!reader.Error().empty() || account.molecules == 0) {
+    out.close();
+    std::remove(qxbName.c_str());
+    Fail(sdName + ": " + (reader.Error().empty() ? "no molecules" : reader.Error()));
+  }
   if (!out.close()) Fail(qxbName + ": cannot be written");
   return notes;
 }
@@ -229,8 +233,7 @@ unsigned Annotate(const std::string& fromName, const std::string& toName) {
     QXContainer object;
     const unsigned status = QXBinaryRead(in, object, handler);
     if (status != QXBReturn::Success)
-      Fail(fromName + ": record " + std::to_string(record) + ": " +
-           QXGetQXBReturnString(status));
+      Fail(fromName + ": record " + std::to_string(record) + ": " + QXGetQXBReturnString(status));
     bool written;
     if (object.HasData(QXUnknownQXBDataTagName())) {
       written = WriteAttached(out, object);
@@ -279,9 +282,8 @@ std::size_t TotalBytes(const std::vector<Record>& records) {
 }
 
 // Third program: knows all kinds, and compares the two files.
-void Compare(const std::string& sdName, const std::string& firstName,
-             const std::string& secondName, const std::string& notes, const Account& account,
-             unsigned added) {
+void Compare(const std::string& sdName, const std::string& firstName, const std::string& secondName,
+             const std::string& notes, const Account& account, unsigned added) {
   const auto first = ReadRecords(firstName), second = ReadRecords(secondName);
   QXBinaryIOHandler handler;
   InstallMolecules(handler);
@@ -291,13 +293,13 @@ void Compare(const std::string& sdName, const std::string& firstName,
   unsigned foreign = 0, origins = 0, items = 0;
   for (std::size_t i = 0; intact && i < first.size(); ++i) {
     const Record &before = first[i], &after = second[i];
-    if (before.tag != kBlockTag) {
-      foreign += before.tag == kNotesTag && before.payload == notes && before.bytes == after.bytes;
+    if (before.tag != kMolecule) {
+      foreign += before.tag == kNotes && before.payload == notes && before.bytes == after.bytes;
       continue;
     }
     // New values stand behind the old ones. So the old block, items that the
     // second program could not read included, begins the new one.
-    intact = after.tag == kBlockTag && after.payload.size() > before.payload.size() &&
+    intact = after.tag == kMolecule && after.payload.size() > before.payload.size() &&
              after.payload.compare(0, before.payload.size(), before.payload) == 0;
 
     QXContainer object;
@@ -311,17 +313,14 @@ void Compare(const std::string& sdName, const std::string& firstName,
   if (!intact || foreign != 1 || origins != account.molecules || items != account.items + added)
     Fail("what was read and written back is not what was there");
 
-  const auto line = [](const char* what) -> qxostream& { return qxout << what; };
-  line("records in:  ") << first.size() << " (" << account.molecules
-                        << " molecules, 1 of a kind unknown here), " << TotalBytes(first)
-                        << " bytes" << qxendl;
-  line("records out: ") << second.size() << ", " << TotalBytes(second) << " bytes" << qxendl;
-  line("items in:    ") << account.items << qxendl;
-  line("items added: ") << added << " (atom count, centroid, radius of gyration)" << qxendl;
-  line("items out:   ") << items << qxendl;
-  line("the unknown record came through byte for byte") << qxendl;
-  line("the ") << account.items << " items, " << origins
-               << " of them of a type unknown here, came through byte for byte" << qxendl;
+  qxout << "records in:  " << first.size() << " (" << account.molecules
+        << " molecules, 1 of a kind unknown to the reader), " << TotalBytes(first) << " bytes\n"
+        << "records out: " << second.size() << ", " << TotalBytes(second) << " bytes\n"
+        << "items in:    " << items - added << " (" << origins
+        << " of a type unknown to the reader)\n"
+        << "items added: " << added << " (atom count, centroid, radius of gyration)\n"
+        << "items out:   " << items << "\n"
+        << "came through byte for byte: the unknown record, and all items of every molecule\n";
 }
 
 }  // namespace
@@ -340,7 +339,7 @@ int main(int argc, char** argv) {
   const std::string notes = Convert(sdName, first, account);
   qxout << account.molecules << " molecules with " << account.atoms << " atoms, " << account.bonds
         << " bonds, and data fields: " << account.intFields << " int, " << account.doubleFields
-        << " double, " << account.textFields << " text" << qxendl;
+        << " double, " << account.textFields << " text\n";
 
   const unsigned added = Annotate(first, second);
   Compare(sdName, first, second, notes, account, added);
