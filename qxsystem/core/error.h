@@ -81,7 +81,7 @@ public:
   unsigned Count(unsigned level) const;
 
   // Slot 1 of a format is the object.
-#define QX_PRINTF(format, first) __attribute__((format(printf, format, first)))
+#define QX_PRINTF(text, args) __attribute__((__format__(__printf__, text, args)))
   void Debug(const char* format, ...) QX_PRINTF(2, 3);
   void Verbose(const char* format, ...) QX_PRINTF(2, 3);
   void Info(const char* format, ...) QX_PRINTF(2, 3);
