@@ -4,7 +4,7 @@
 #   run.sh contents PREFIX SOURCE     the installed files are the right ones
 #   run.sh symbols PREFIX             the libraries export nothing but our names
 #   run.sh find_package PREFIX WORK   a CMake project builds against it and runs
-#   run.sh pkg_config PREFIX WORK     a compiler call does the same
+#   run.sh pkg_config PREFIX WORK     a compiler call does the same, with the README's program too
 # CXX names the compiler; it defaults to c++.
 set -euo pipefail
 
@@ -15,8 +15,20 @@ fail() { echo "$*" >&2; exit 1; }
 
 libdir() { dirname "$(find "$1" -name 'libqxsystem.so.3' -print -quit)"; }
 
-check_account() { # the consumer's output
-  grep -qx 'consumer: done' <<<"$1" || fail "unexpected output: $1"
+# expect OUTPUT PROGRAM: both output streams together.
+expect() {
+  local output
+  output=$("$2" 2>&1) || fail "$2 ends with status $?: $output"
+  [[ $output == "$1" ]] || fail "$2 prints: $output"
+}
+consumer_output=$'title\ncharges\natoms\n3 atoms'
+
+# compile SOURCE PROGRAM PREFIX: as pkg-config tells it.
+compile() {
+  local flags=()
+  # pkg-config quotes its answer for a shell.
+  eval "flags=($(PKG_CONFIG_PATH="$(libdir "$3")/pkgconfig" pkg-config --cflags --libs qxsystem))"
+  "$cxx" -std=c++17 "$1" -o "$2" "${flags[@]}"
 }
 
 install_into() {
@@ -58,17 +70,20 @@ find_package() {
   cmake -S "$here" -B "$2" -G Ninja -DCMAKE_PREFIX_PATH="$1" -DCMAKE_CXX_COMPILER="$cxx" \
     -DCMAKE_BUILD_TYPE=Release
   cmake --build "$2"
-  check_account "$("$2/consumer" 2>&1)"
+  expect "$consumer_output" "$2/consumer"
 }
 
 pkg_config() {
-  local lib flags=()
-  lib=$(libdir "$1")
   rm -rf "$2" && mkdir -p "$2"
-  # pkg-config quotes its answer for a shell.
-  eval "flags=($(PKG_CONFIG_PATH="$lib/pkgconfig" pkg-config --cflags --libs qxsystem))"
-  "$cxx" -std=c++17 "$here/main.cpp" -o "$2/consumer" "${flags[@]}"
-  check_account "$(LD_LIBRARY_PATH="$lib" "$2/consumer" 2>&1)"
+  compile "$here/main.cpp" "$2/consumer" "$1"
+  export LD_LIBRARY_PATH
+  LD_LIBRARY_PATH=$(libdir "$1")
+  expect "$consumer_output" "$2/consumer"
+
+  # The first program of the README.
+  awk '/^```/ { inside = $0 == "```cpp"; next } inside' "$here/../../README.md" >"$2/first.cpp"
+  compile "$2/first.cpp" "$2/first" "$1"
+  expect $'70 bytes\ntitle\natoms\nradii\n3 atoms' "$2/first"
 }
 
 step=$1
