@@ -81,7 +81,7 @@ public:
   unsigned Count(unsigned level) const;
 
   // Slot 1 of a format is the object.
-#define QX_PRINTF(slot, first) __attribute__((format(printf, slot, first)))
+#define QX_PRINTF(slot, first) __attribute__((__format__(__printf__, slot, first)))
   void Debug(const char* format, ...) QX_PRINTF(2, 3);
   void Verbose(const char* format, ...) QX_PRINTF(2, 3);
   void Info(const char* format, ...) QX_PRINTF(2, 3);
