@@ -73,7 +73,7 @@ private:
     std::size_t sweepSize = 8;  // number of entries that makes a sweep due
   };
 
-  T& Find() const;
+  [[gnu::noinline]] T& Find() const;  // keeps the way of a hit free of its frame
   T& FindInThread() const;
   T& FindInObject() const;
 

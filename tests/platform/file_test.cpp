@@ -1,0 +1,41 @@
+#include <qxsystem/platform/file.h>
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <string>
+
+#include <platform/temp_dir.h>
+
+using namespace QXPlatform;
+
+TEST(QXFile, KnowsExistenceAndSize) {
+  const TempDir dir;
+  const std::string large = dir.Write("large", "");
+  ASSERT_EQ(::truncate(large.c_str(), 5l << 30), 0);
+  const struct {
+    std::string name;
+    bool exists;
+    long size;
+  } cases[] = {{dir.Write("empty", ""), true, 0},
+               {dir.Write("five", "12345"), true, 5},
+               {large, true, 5l << 30},
+               {dir.Fifo("pipe"), true, -1},
+               {dir.Path(""), false, -1},
+               {dir.Path("missing"), false, -1},
+               {"", false, -1}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(QXFile(c.name).Exists(), c.exists) << c.name;
+    EXPECT_EQ(QXFile(c.name).Size(), c.size) << c.name;
+  }
+}
+
+TEST(QXFileDetermineName, RemovesDirectoriesAndNothingElse) {
+  const char* const cases[][2] = {{"a.tar.gz", "a.tar.gz"},
+                                  {"/x.y/a.mol.gz", "a.mol.gz"},
+                                  {"../b", "b"},
+                                  {"x.y/", ""},
+                                  {"", ""},
+                                  {"/", ""}};
+  for (const auto& c : cases) EXPECT_EQ(QXFileDetermineName(c[0]), c[1]) << c[0];
+}

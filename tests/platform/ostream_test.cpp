@@ -1,0 +1,208 @@
+#include <qxsystem/platform/ostream.h>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cfloat>
+#include <climits>
+#include <cmath>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <string>
+#include <thread>
+
+#include <platform/temp_dir.h>
+#include <qxsystem/platform/istream.h>
+
+using namespace QXPlatform;
+using namespace std::string_literals;
+
+namespace {
+
+std::string Content(const std::string& name) {
+  std::ifstream in(name, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+template <typename T>
+std::string Text(T value) {
+  qxosstream out;
+  out << value;
+  return out.str();
+}
+
+}  // namespace
+
+TEST(qxostream, WritesNumbersAsPrintfDoes) {
+  for (const double value : {0.0, -0.0, 1.0, 0.1, -2.5e-7, 123456.0, 1234567.0, 0.0001, 0.00001,
+                             999999.5, DBL_MAX, DBL_TRUE_MIN, double(INFINITY), double(NAN)}) {
+    char expected[40];
+    std::snprintf(expected, sizeof expected, "%g", value);
+    EXPECT_EQ(Text(value), expected);
+    std::snprintf(expected, sizeof expected, "%g", static_cast<float>(value));
+    EXPECT_EQ(Text(static_cast<float>(value)), expected);
+  }
+  EXPECT_EQ(Text(LONG_MIN) + Text(ULONG_MAX) + Text(LLONG_MAX) + Text(SHRT_MIN),
+            "-9223372036854775808184467440737095516159223372036854775807-32768");
+  EXPECT_EQ(Text('c') + Text(true) + Text("text") + Text(static_cast<const char*>(nullptr)),
+            "c1text");
+}
+
+TEST(qxofstream, KeepsTheOrderOfPiecesOfAllSizes) {
+  const TempDir dir;
+  const std::string name = dir.Path("out");
+  qxofstream out(name);
+  std::string expected;
+  const std::size_t sizes[] = {0, 1, 65534, 1, 1, 65535, 65536, 3, 65537, 200000, 5};
+  for (const std::size_t size : sizes) {
+    const std::string piece(size, static_cast<char>('a' + expected.size() % 23));
+    EXPECT_EQ(out.write(piece), size);
+    expected += piece;
+  }
+  EXPECT_TRUE(out.put('!'));
+  EXPECT_TRUE(out.flush());
+  EXPECT_TRUE(Content(name) == expected + "!");
+
+  EXPECT_TRUE(out.open(name)) << "empties it";
+  out << 'x' << qxendl;
+  EXPECT_EQ(Content(name), "x\n") << "qxendl flushes";
+  EXPECT_TRUE(out.close());
+  EXPECT_EQ(out.write("more"), 0u) << "closed";
+  EXPECT_FALSE(out);
+}
+
+TEST(qxofstream, TellsWhatCannotBeOpened) {
+  const TempDir dir;
+  for (const std::string& name : {dir.Path(""), dir.Path("missing/file"), ""s}) {
+    qxofstream out(name);
+    EXPECT_FALSE(out) << name;
+    EXPECT_FALSE(out.put('x')) << name;
+    EXPECT_FALSE(out.close()) << name;
+    EXPECT_TRUE(out.open(dir.Path("good")) && out) << name;
+  }
+}
+
+TEST(qxofstream, TellsWhenTheTargetRefuses) {
+  const TempDir dir;
+  std::signal(SIGPIPE, SIG_IGN);
+  for (const bool pipe : {false, true}) {
+    SCOPED_TRACE(pipe ? "a pipe without reader" : "a full device");
+    const std::string name = pipe ? dir.Fifo("pipe") : "/dev/full"s;
+    const int reader = pipe ? ::open(name.c_str(), O_RDONLY | O_NONBLOCK) : -1;
+    const auto open = [&](qxofstream& out) { ASSERT_TRUE(out.open(name)); };
+
+    qxofstream flushed, closed, large;
+    for (qxofstream* out : {&flushed, &closed, &large}) open(*out);
+    if (pipe) ::close(reader);
+
+    EXPECT_EQ(flushed.write("x"), 1u) << "is buffered";
+    EXPECT_FALSE(flushed.flush());
+    EXPECT_FALSE(flushed.put('x')) << "accepts no more";
+    EXPECT_EQ(flushed.write(""), 0u);
+    EXPECT_FALSE(flushed.close());
+
+    EXPECT_EQ(closed.write("x"), 1u);
+    EXPECT_FALSE(closed.close());
+
+    EXPECT_EQ(large.write(std::string(100000, 'x')), 0u);
+    EXPECT_FALSE(large);
+  }
+  std::signal(SIGPIPE, SIG_DFL);
+}
+
+TEST(qxosstream, GrowsAndKeepsItsBytes) {
+  qxosstream out;
+  EXPECT_EQ(out.str(), "");
+  std::string expected;
+  for (int i = 0; i < 20000; ++i) {
+    out << i << ' ';
+    expected += std::to_string(i) + ' ';
+  }
+  EXPECT_TRUE(out.str() == expected);
+  EXPECT_EQ(out.size(), expected.size());
+
+  out.reserve(1000000);
+  const char* const block = out.data();
+  EXPECT_EQ(out.write(std::string(1000000 - out.size(), 'x')), 1000000 - expected.size());
+  EXPECT_EQ(out.data(), block) << "reserved bytes move nothing";
+  EXPECT_EQ(out.str().substr(0, expected.size()), expected);
+  out.clear();
+  EXPECT_EQ(out.str(), "");
+  EXPECT_THROW(out.reserve(std::numeric_limits<std::size_t>::max() / 2), std::bad_alloc);
+  EXPECT_EQ(out.write("usable"), 6u);
+}
+
+namespace {
+
+int manipulated = 0;
+qxstream& Count(qxstream& stream) {
+  ++manipulated;
+  return stream;
+}
+
+}  // namespace
+
+TEST(qxstream, ManipulatorsApplyToBothFamilies) {
+  qxisstream in("7"s);
+  qxosstream out;
+  int value = 0;
+  in >> Count >> value;
+  out << Count << value;
+  EXPECT_EQ(manipulated, 2);
+  EXPECT_EQ(out.str(), "7");
+}
+
+// A descriptor that somebody made non-blocking takes little at a time and
+// refuses in between; nothing may be lost.
+TEST(qxerr, WaitsForADescriptorThatIsNotReady) {
+  int ends[2];
+  ASSERT_EQ(::pipe2(ends, O_NONBLOCK), 0);
+  const int stderrCopy = ::dup(STDERR_FILENO);
+  ::dup2(ends[1], STDERR_FILENO);
+  ::close(ends[1]);
+  const std::size_t size = 1000000;
+  std::string got;
+  std::thread reader([&] {
+    char some[5000];
+    while (got.size() < size) {
+      const ssize_t n = ::read(ends[0], some, sizeof some);
+      if (n > 0) got.append(some, static_cast<std::size_t>(n));
+    }
+  });
+  std::string sent;
+  for (std::size_t i = 0; i < size; ++i) sent += static_cast<char>(i * 7);
+  EXPECT_EQ(qxerr.write(sent), size);
+  reader.join();
+  ::dup2(stderrCopy, STDERR_FILENO);
+  ::close(stderrCopy);
+  ::close(ends[0]);
+  EXPECT_TRUE(got == sent);
+}
+
+namespace {
+
+// Stands for the static destructors of a program that report.
+void WriteLate() {
+  qxerr << "late error ";
+  qxout << "late output ";
+}
+
+}  // namespace
+
+TEST(StandardStreamsDeathTest, LastToTheEndOfTheProcess) {
+  // Standard output goes where the test can see it.
+  EXPECT_EXIT(
+      {
+        ::dup2(STDERR_FILENO, STDOUT_FILENO);
+        std::atexit(WriteLate);
+        qxout << "buffered ";
+        qxerr << "first ";
+        std::exit(0);
+      },
+      testing::ExitedWithCode(0), "first late error buffered late output ");
+}

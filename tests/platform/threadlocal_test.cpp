@@ -1,0 +1,160 @@
+#include <qxsystem/platform/threadlocal.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <random>
+#include <thread>
+#include <vector>
+
+using namespace QXPlatform;
+
+namespace {
+
+// Starts at 3 and counts how many there are.
+struct Level {
+  Level() { ++alive; }
+  Level(const Level&) = delete;
+  Level& operator=(const Level&) = delete;
+  ~Level() { --alive; }
+  unsigned value = 3;
+  static inline std::atomic<int> alive{0};
+};
+
+using Local = QXThreadLocal<Level>;
+
+void OnAnotherThread(const std::function<void()>& work) {
+  std::thread(work).join();
+}
+
+}  // namespace
+
+TEST(QXThreadLocal, IsOneValueForEachObjectAndThread) {
+  const Local a, b;
+  a.Get().value = 1;
+  b.Get().value = 2;
+  OnAnotherThread([&] {
+    EXPECT_EQ(a.Get().value, 3u);
+    a.Get().value = 9;
+    EXPECT_EQ(b.Get().value, 3u);
+    EXPECT_EQ(a.Get().value, 9u);
+  });
+  for (int again = 0; again < 2; ++again) {
+    EXPECT_EQ(a.Get().value, 1u);
+    EXPECT_EQ(b.Get().value, 2u);
+  }
+  OnAnotherThread([&] { EXPECT_EQ(a.Get().value, 3u) << "thread ids come again"; });
+}
+
+// The last hit is remembered, and a new object often lies where a dead one lay.
+TEST(QXThreadLocal, ANewObjectInTheSamePlaceStartsAfresh) {
+  std::optional<Local> object;
+  for (int i = 0; i < 100; ++i) {
+    object.emplace();
+    EXPECT_EQ(object->Get().value, 3u);
+    object->Get().value = 1;
+    EXPECT_EQ(object->Get().value, 1u);
+  }
+}
+
+TEST(QXThreadLocal, ValuesDieWithTheObjectOrTheThread) {
+  ASSERT_EQ(Level::alive, 0);
+  auto object = std::make_unique<Local>();
+  object->Get();
+  OnAnotherThread([&] {
+    object->Get();
+    EXPECT_EQ(Level::alive, 2);
+  });
+  EXPECT_EQ(Level::alive, 1) << "with the thread";
+  object.reset();
+  EXPECT_EQ(Level::alive, 0) << "with the object";
+
+  std::vector<std::unique_ptr<Local>> many(1000);
+  for (auto& each : many) {
+    each = std::make_unique<Local>();
+    each->Get();
+  }
+  many.clear();
+  EXPECT_EQ(Level::alive, 0);
+}
+
+namespace {
+
+std::unique_ptr<Local> lateObject;
+unsigned lateValues[3];
+
+// Is destroyed behind the thread's map of values when it is made before it.
+struct LateAsker {
+  ~LateAsker() {
+    if (!lateObject) return;
+    lateValues[0] = lateObject->Get().value;
+    lateObject->Get().value = 7;
+    Local other;
+    lateValues[1] = other.Get().value;
+    lateValues[2] = lateObject->Get().value;
+  }
+  int made = 1;
+};
+thread_local LateAsker lateAsker;
+
+}  // namespace
+
+TEST(QXThreadLocal, AnswersWhenTheThreadsMapIsGone) {
+  lateObject = std::make_unique<Local>();
+  OnAnotherThread([] {
+    EXPECT_EQ(lateAsker.made, 1);
+    lateObject->Get().value = 5;
+  });
+  EXPECT_EQ(lateValues[0], 3u) << "the thread's own value was destroyed before";
+  EXPECT_EQ(lateValues[1], 3u);
+  EXPECT_EQ(lateValues[2], 7u);
+  lateObject.reset();
+  EXPECT_EQ(Level::alive, 0);
+}
+
+TEST(QXThreadLocalDeathTest, AnswersStaticDestructors) {
+  EXPECT_EXIT(
+      {
+        static const struct Static {
+          ~Static() { std::fprintf(stderr, "level %u", object.Get().value); }
+          Local object;
+        } reporter;
+        reporter.object.Get().value = 1;
+        std::exit(0);
+      },
+      testing::ExitedWithCode(0), "level 3");
+}
+
+// Objects die while other threads, which have asked them before, ask others,
+// end, and sweep their maps.
+TEST(QXThreadLocal, SurvivesObjectsAndThreadsThatDieAtOnce) {
+  constexpr int rounds = 40, threads = 4, shared = 8;
+  for (int round = 0; round < rounds; ++round) {
+    std::vector<std::shared_ptr<Local>> objects(shared);
+    for (auto& object : objects) object = std::make_shared<Local>();
+    std::vector<std::thread> workers;
+    for (int t = 0; t < threads; ++t)
+      workers.emplace_back([objects, seed = static_cast<unsigned>(round * threads + t)]() mutable {
+        std::mt19937 random(seed);
+        std::vector<unsigned> expected(objects.size(), 3);
+        while (!objects.empty()) {
+          const std::size_t i = random() % objects.size();
+          EXPECT_EQ(objects[i]->Get().value, expected[i]);
+          objects[i]->Get().value = expected[i] = static_cast<unsigned>(random());
+          const Local own;
+          EXPECT_EQ(own.Get().value, 3u);
+          if (random() % 4 != 0) continue;
+          objects.erase(objects.begin() + static_cast<std::ptrdiff_t>(i));
+          expected.erase(expected.begin() + static_cast<std::ptrdiff_t>(i));
+        }
+      });
+    objects.clear();
+    for (auto& worker : workers) worker.join();
+    ASSERT_EQ(Level::alive, 0);
+  }
+}
