@@ -231,7 +231,7 @@ bool QXBPeekTag(qxistream& in, char* tag) {
 }
 
 bool QXIsInternalQXBTag(const char* tag, unsigned long length) {
-  return ShortCode(std::string_view(tag, length)) != 0;
+  return tag && ShortCode(std::string_view(tag, length)) != 0;
 }
 
 std::string NumberedName(unsigned char code) {
