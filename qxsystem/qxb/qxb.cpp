@@ -466,7 +466,8 @@ void QXAttachData(const QXUnknownQXBData& record, QXBase& object) {
 void QXAttachData(const QXUnknownQXBData&, ...) {}
 
 bool QXBWriteUnknown(qxostream& out, const QXUnknownQXBData& record) {
-  return QXBWriteTag(out, record.GetTag().c_str(), record.GetCode()) &&
+  const bool tagged = record.GetCode() != 0 || !record.GetTag().empty();
+  return record && tagged && QXBWriteTag(out, record.GetTag().c_str(), record.GetCode()) &&
          QXBWriteDataLength(out, record.GetData().size()) &&
          out.write(record.GetData().data(), record.GetData().size()) == record.GetData().size();
 }
