@@ -25,6 +25,10 @@ if(QX_SANITIZE)
     -fsanitize=${QX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
   target_link_options(qx_options INTERFACE -fsanitize=${QX_SANITIZE})
 endif()
+if(QX_FUZZ)
+  # The fuzzer is led by the coverage of all code, the library's first.
+  target_compile_options(qx_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
 
 # qx_add_library(NAME): a shared library NAME with the alias qxsystem::NAME.
 # Its sources and headers are added by the directories that own them. An object
@@ -40,6 +44,9 @@ function(qx_add_library name)
   string(TOUPPER ${name} upper)
   target_compile_definitions(${name} PRIVATE ${upper}_BUILD)
   target_compile_options(${name} PRIVATE -fno-semantic-interposition)
+  if(NOT QX_SANITIZE)  # whose runtime comes with the program
+    target_link_options(${name} PRIVATE LINKER:--no-undefined)
+  endif()
   target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:qx_options>)
 endfunction()
 
@@ -63,11 +70,12 @@ function(qx_sources library subsystem)
 endfunction()
 
 # qx_add_test(SUBSYSTEM/STEM): the program tests/SUBSYSTEM/STEM_test.cpp, its
-# test cases known to CTest one by one.
+# test cases known to CTest one by one. Its main function is that of
+# tests/support.
 function(qx_add_test path)
   string(REPLACE "/" "_" name ${path}_test)
   add_executable(${name} ${PROJECT_SOURCE_DIR}/tests/${path}_test.cpp)
-  target_link_libraries(${name} PRIVATE qxsystem qx_options GTest::gtest GTest::gtest_main)
+  target_link_libraries(${name} PRIVATE qxsystem qx_options qx_test_main GTest::gtest)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   gtest_discover_tests(${name} TEST_PREFIX "${path}." DISCOVERY_TIMEOUT 60
                        PROPERTIES TIMEOUT 300)

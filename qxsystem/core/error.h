@@ -21,12 +21,12 @@ namespace QXErrorLevel {
 constexpr unsigned Undefined = 0;
 constexpr unsigned Debug = 1;
 constexpr unsigned Verbose = 2;
-constexpr unsigned Info = 3;     ///< the level that a thread starts with
+constexpr unsigned Info = 3;  ///< the level that a thread starts with
 constexpr unsigned Warning = 4;
-constexpr unsigned Error = 5;    ///< Fatal while strict, else Warning
-constexpr unsigned Fatal = 6;    ///< ends the process with status 1
-constexpr unsigned Usage = 7;    ///< ends the process with status 0
-constexpr unsigned Quiet = 8;    ///< prints nothing, is counted
+constexpr unsigned Error = 5;  ///< Fatal while strict, else Warning
+constexpr unsigned Fatal = 6;  ///< ends the process with status 1
+constexpr unsigned Usage = 7;  ///< ends the process with status 0
+constexpr unsigned Quiet = 8;  ///< prints nothing, is counted
 }  // namespace QXErrorLevel
 
 /// The name of a level, such as "Warning"; "Unknown Error Level" from 9 on.
@@ -81,7 +81,7 @@ public:
   unsigned Count(unsigned level) const;
 
   // Slot 1 of a format is the object.
-#define QX_PRINTF(format, first) __attribute__((format(printf, format, first)))
+#define QX_PRINTF(slot, first) __attribute__((__format__(__printf__, slot, first)))
   void Debug(const char* format, ...) QX_PRINTF(2, 3);
   void Verbose(const char* format, ...) QX_PRINTF(2, 3);
   void Info(const char* format, ...) QX_PRINTF(2, 3);
@@ -108,17 +108,23 @@ public:
   /// Reports at any level; those without a name are shown with their number.
   void Msg(unsigned level, const char* format, ...) QX_PRINTF(3, 4);
   void Msg(unsigned level, const std::string& text);
-#undef QX_PRINTF
 
 private:
-  bool Dropped(unsigned level) const;
-  void VMsg(unsigned level, const char* format, std::va_list args);
+  bool Drops(unsigned level) const;
+  void VMsg(unsigned level, const char* format, std::va_list args) QX_PRINTF(3, 0);
+#undef QX_PRINTF
 
   QXErrorHandlerImplBase* impl_;
   bool owned_;  // impl_ is deleted with this handler
+
+  // impl_ if it is a QXErrorHandlerStreamImpl and of no class derived from it,
+  // else null: of that one we know beforehand which messages leave no trace.
+  const QXErrorHandlerImplBase* plain_;
 };
 
-/// The handler of the process. It exists from library load to process exit.
+/// The handler of the process, usable from the first static constructor above
+/// this library to the last instruction of `exit`: what it owns at the end is
+/// never deleted.
 QXSYSTEM_API extern QXErrorHandler QXThrow;
 
 }  // namespace QXSystem

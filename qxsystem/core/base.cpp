@@ -1,0 +1,187 @@
+#include <qxsystem/core/base.h>
+
+#include <vector>
+
+#include <qxsystem/core/error.h>
+#include <qxsystem/core/iter.h>
+#include <qxsystem/core/prediter.h>
+#include <qxsystem/core/vectoriter.h>
+
+namespace QXSystem {
+
+static_assert(sizeof(QXBase) == 2 * sizeof(void*), "an object without data costs one pointer");
+
+QXBaseData::~QXBaseData() = default;
+
+QX_INSTANTIATE_DATA(template);
+template class QXBaseDataT<QXContainer>;
+template class QXBaseDataT<std::vector<QXContainer>>;
+
+QXBaseImpl::QXBaseImpl() = default;
+
+QXBaseImpl::QXBaseImpl(const QXBaseImpl& other) {
+  data_.reserve(other.data_.size());
+  AppendCopies(other);
+}
+
+// The copies come first: `other` may live in a value of this very list.
+QXBaseImpl& QXBaseImpl::operator=(const QXBaseImpl& other) {
+  if (this == &other) return *this;
+  QXBaseImpl copies(other);
+  data_.swap(copies.data_);
+  return *this;
+}
+
+QXBaseImpl::~QXBaseImpl() {
+  for (QXBaseData* item : data_) delete item;
+}
+
+void QXBaseImpl::Clear() {
+  for (QXBaseData* item : data_) delete item;
+  data_.clear();
+}
+
+void QXBaseImpl::Append(std::unique_ptr<QXBaseData> item) {
+  data_.push_back(item.get());
+  item.release();
+}
+
+void QXBaseImpl::Replace(const QXBaseData* old, std::unique_ptr<QXBaseData> item) {
+  *std::find(data_.begin(), data_.end(), old) = item.release();
+  delete old;
+}
+
+void QXBaseImpl::AppendCopies(const QXBaseImpl& other) {
+  const std::size_t count = other.data_.size();
+  for (std::size_t i = 0; i < count; ++i)
+    Append(std::unique_ptr<QXBaseData>(other.data_[i]->CreateCopy()));
+}
+
+bool QXBaseImpl::DeleteData(unsigned tag) {
+  auto keep = data_.begin();
+  for (QXBaseData* item : data_) {
+    if (item->GetTag() == tag)
+      delete item;
+    else
+      *keep++ = item;
+  }
+  const bool found = keep != data_.end();
+  data_.erase(keep, data_.end());
+  return found;
+}
+
+bool QXBaseImpl::CheckTypeWarning() {
+  QXThrow.Warning("data type mismatch found when using generic data");
+  return false;
+}
+
+QXBase::QXBase(const QXBase& other) : impl_(other.impl_ ? new QXBaseImpl(*other.impl_) : nullptr) {}
+
+QXBase::~QXBase() {
+  delete impl_;
+}
+
+QXBase& QXBase::operator=(const QXBase& other) {
+  if (this == &other) return *this;
+  if (!other.impl_)
+    Clear();
+  else if (impl_)
+    *impl_ = *other.impl_;
+  else
+    impl_ = new QXBaseImpl(*other.impl_);
+  return *this;
+}
+
+// `other` may be a value in our own list, so its items are taken before ours
+// are deleted.
+QXBase& QXBase::operator=(QXBase&& other) noexcept {
+  if (this == &other) return *this;
+  std::unique_ptr<QXBaseImpl> old(std::exchange(impl_, std::exchange(other.impl_, nullptr)));
+  return *this;
+}
+
+void QXBase::Clear() {
+  if (impl_) impl_->Clear();
+}
+
+bool QXBase::IsDataType(const void* id) const {
+  return id == QXGetDataType<QXBase>();
+}
+
+QXBaseImpl& QXBase::MakeData() {
+  impl_ = new QXBaseImpl;
+  return *impl_;
+}
+
+bool QXBase::SetBaseData(const QXBaseData* item) {
+  if (const QXBaseData* old = impl_ ? impl_->FindData(item->GetTag()) : nullptr)
+    impl_->Replace(old, std::unique_ptr<QXBaseData>(item->CreateCopy()));
+  else
+    AddBaseData(item);
+  return true;
+}
+
+bool QXBase::AddBaseData(const QXBaseData* item) {
+  return AddBaseData(std::unique_ptr<QXBaseData>(item->CreateCopy()));
+}
+
+bool QXBase::AddBaseData(std::unique_ptr<QXBaseData> item) {
+  Data().Append(std::move(item));
+  return true;
+}
+
+QXIterBase<QXBaseData>* QXBase::GetDataIter() const {
+  if (!impl_) return new QXEmptyIter<QXBaseData>;
+  return new QXVectorPtrIter<QXBaseData>(&impl_->Items());
+}
+
+QXIterBase<QXBaseData>* QXBase::GetDataIter(unsigned tag) const {
+  if (!impl_) return new QXEmptyIter<QXBaseData>;
+  return new QXPredVectorPtrIter<QXEqualTag>(&impl_->Items(), QXEqualTag(tag));
+}
+
+QXBase& QXBase::operator+=(const QXBase& other) {
+  if (other.impl_) Data().AppendCopies(*other.impl_);
+  return *this;
+}
+
+void QXCopyBaseData(QXBase& to, const QXBase& from) {
+  if (&to == &from) return;
+  // `from` may be a value of `to`: copy what it has before anything goes.
+  std::vector<std::unique_ptr<QXBaseData>> copies;
+  for (QXIter<QXBaseData> item = from.GetDataIter(); item; ++item)
+    copies.emplace_back(item->CreateCopy());
+  std::vector<unsigned> tags;
+  for (QXIter<QXBaseData> item = to.GetDataIter(); item; ++item) tags.push_back(item->GetTag());
+  for (unsigned tag : tags) to.DeleteData(tag);
+  for (auto& copy : copies) to.AddBaseData(std::move(copy));
+}
+
+QXContainer::QXContainer() = default;
+QXContainer::~QXContainer() = default;
+QXContainer::QXContainer(const QXContainer& other) = default;
+QXContainer::QXContainer(QXContainer&& other) noexcept = default;
+QXContainer& QXContainer::operator=(const QXContainer& other) = default;
+QXContainer& QXContainer::operator=(QXContainer&& other) noexcept = default;
+
+const void* QXContainer::GetDataType() const {
+  return QXGetDataType<QXContainer>();
+}
+
+bool QXContainer::IsDataType(const void* id) const {
+  return id == QXGetDataType<QXContainer>() || QXBase::IsDataType(id);
+}
+
+QXContainer* QXContainer::CreateCopy() const {
+  return new QXContainer(*this);
+}
+
+QXEqualTag::~QXEqualTag() = default;
+bool QXEqualTag::operator()(const QXBaseData& item) const {
+  return item.GetTag() == tag_;
+}
+QXEqualTag* QXEqualTag::CreateCopy() const {
+  return new QXEqualTag(*this);
+}
+
+}  // namespace QXSystem

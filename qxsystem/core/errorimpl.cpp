@@ -1,0 +1,142 @@
+#include <qxsystem/core/errorimpl.h>
+
+#include <pthread.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+namespace QXSystem {
+namespace {
+
+struct LevelTexts {
+  const char* name;
+  const char* prefix;
+};
+
+// By level.
+constexpr LevelTexts levels[] = {
+    {"Undefined", ""},    {"Debug", "Debug: "},     {"Verbose", ""},
+    {"Info", ""},         {"Warning", "Warning: "}, {"Error", ""},
+    {"Fatal", "Fatal: "}, {"Usage", "Usage: "},     {"Quiet", ""},
+};
+
+bool IsLevel(unsigned level) {
+  return level >= QXErrorLevel::Debug && level <= QXErrorLevel::Quiet;
+}
+
+std::string Line(unsigned level, const std::string& text) {
+  const std::string prefix = IsLevel(level)
+                                 ? levels[level].prefix
+                                 : "Unknown Error Level(" + std::to_string(level) + "): ";
+  std::string line;
+  line.reserve(prefix.size() + text.size() + 1);
+  line += prefix;
+  line += text;
+  line += '\n';
+  return line;
+}
+
+// `exit` must not run on two threads at once, so all but the first wait here
+// for the end. A destructor that runs during `exit` may end the process too:
+// calling `exit` again goes on with what is left.
+[[noreturn]] void EndProcess(int status) {
+  static std::atomic<pthread_t> exiting{};
+  pthread_t owner{};
+  const pthread_t self = pthread_self();
+  if (!exiting.compare_exchange_strong(owner, self) && !pthread_equal(owner, self))
+    for (;;) pause();
+  std::exit(status);
+}
+
+}  // namespace
+
+std::string QXErrorLevelToString(unsigned level) {
+  return level <= QXErrorLevel::Quiet ? levels[level].name : "Unknown Error Level";
+}
+
+QXErrorHandlerImplBase::~QXErrorHandlerImplBase() = default;
+
+QXErrorHandlerImplBase::QXErrorHandlerImplBase(const QXErrorHandlerImplBase& other) {
+  *this = other;
+}
+
+QXErrorHandlerImplBase& QXErrorHandlerImplBase::operator=(const QXErrorHandlerImplBase& other) {
+  level_.Get() = other.level_.Get();
+  Copy(other.counts_, counts_, std::memory_order_relaxed);
+  strict_ = other.strict_.load();
+  return *this;
+}
+
+bool QXErrorHandlerImplBase::GetStrict() const {
+  return strict_;
+}
+
+unsigned QXErrorHandlerImplBase::GetLevel() const {
+  return ThreadLevel();
+}
+
+unsigned QXErrorHandlerImplBase::Count(unsigned level) const {
+  if (level != QXErrorLevel::Undefined) return counts_[IsLevel(level) ? level : 0];
+  unsigned sum = 0;
+  for (std::size_t i = 1; i < counts_.size(); ++i) sum += counts_[i];
+  return sum;
+}
+
+void QXErrorHandlerImplBase::SetStrict(bool strict) {
+  strict_ = strict;
+}
+
+void QXErrorHandlerImplBase::SetLevel(unsigned level) {
+  level_.Get().level = level;
+}
+
+void QXErrorHandlerImplBase::IncrementCount(unsigned level) {
+  counts_[IsLevel(level) ? level : 0].fetch_add(1, std::memory_order_relaxed);
+}
+
+void QXErrorHandlerImplBase::Clear() {
+  for (std::size_t i = 1; i < counts_.size(); ++i) counts_[i] = 0;
+}
+
+void QXErrorHandlerImplBase::Copy(const Counters& from, Counters& to, std::memory_order order) {
+  for (std::size_t i = 0; i < from.size(); ++i) to[i].store(from[i].load(order), order);
+}
+
+QXErrorHandlerStreamImpl::QXErrorHandlerStreamImpl() : out_(&QXPlatform::qxerr) {}
+
+QXErrorHandlerStreamImpl::QXErrorHandlerStreamImpl(const QXErrorHandlerImplBase& state,
+                                                   QXPlatform::qxostream& out)
+    : QXErrorHandlerImplBase(state), out_(&out) {}
+
+QXErrorHandlerStreamImpl::QXErrorHandlerStreamImpl(const QXErrorHandlerStreamImpl& other)
+    : QXErrorHandlerImplBase(other), out_(other.out_) {}
+
+QXErrorHandlerStreamImpl& QXErrorHandlerStreamImpl::operator=(
+    const QXErrorHandlerStreamImpl& other) {
+  QXErrorHandlerImplBase::operator=(other);
+  out_ = other.out_;
+  return *this;
+}
+
+void QXErrorHandlerStreamImpl::Msg(unsigned level, const std::string& text) {
+  if (GetLevel() <= level) {
+    if (level == QXErrorLevel::Error)
+      level = GetStrict() ? QXErrorLevel::Fatal : QXErrorLevel::Warning;
+    const std::string line = Line(level, text);
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (level != QXErrorLevel::Quiet) {
+      out_->write(line);
+      out_->flush();
+    }
+    IncrementCount(level);
+  }
+  // Without the lock, since what runs at exit may report.
+  if (level == QXErrorLevel::Fatal) EndProcess(EXIT_FAILURE);
+  if (level == QXErrorLevel::Usage) EndProcess(EXIT_SUCCESS);
+}
+
+QXErrorHandlerImplBase* QXErrorHandlerStreamImpl::CreateCopy() const {
+  return new QXErrorHandlerStreamImpl(*this);
+}
+
+}  // namespace QXSystem
