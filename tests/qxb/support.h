@@ -45,13 +45,16 @@ inline std::string ToHex(const void* data, std::size_t size) {
   return text;
 }
 
-// The head of a record or value below 16384 bytes, and what it leads.
-inline std::string Counted(const std::string& head, const std::string& payload) {
-  const std::size_t size = payload.size();
-  std::string bytes = head;
-  if (size > 0x7F) bytes += static_cast<char>(size & 0x7F);
-  bytes += static_cast<char>((size > 0x7F ? size >> 7 : size) | 0x80);
-  return bytes + payload;
+inline std::string ToHex(const std::string& bytes) {
+  return ToHex(bytes.data(), bytes.size());
+}
+
+// A payload with its length and what stands in front of that.
+inline std::string Counted(std::string head, const std::string& payload) {
+  std::size_t size = payload.size();
+  for (; size > 0x7F; size /= 128) head += static_cast<char>(size % 128);
+  head += static_cast<char>(size + 128);
+  return head + payload;
 }
 
 // A generic data block of these items, as a record.
@@ -61,38 +64,43 @@ inline std::string Block(const std::string& items) {
 
 std::string Describe(const QXBase& object);
 
+// A letter for the type of number, "[]" behind it for vectors, "*" for arrays;
+// then the value's bytes, not as they are stored but as they stand in memory.
 template <class T>
-std::string DescribeValue(const QXBaseData& item) {
-  const T& value = static_cast<const QXBaseDataT<T>&>(item).GetValue();
-  if constexpr (std::is_pointer_v<T>) {
-    return ToHex(value, item.GetSize() * sizeof *value);
-  } else if constexpr (std::is_same_v<T, QXContainer>) {
+std::string DescribeAs(const T& value, std::size_t size) {
+  if constexpr (std::is_same_v<T, QXContainer>) {
     return "{" + Describe(value) + "}";
   } else if constexpr (std::is_same_v<T, QXUnknownQXBData>) {
-    return value.GetTag() + "," + std::to_string(value.GetCode()) + "," +
-           ToHex(value.GetData().data(), value.GetData().size());
+    return "(" + value.GetTag() + "," + std::to_string(value.GetCode()) + "," +
+           ToHex(value.GetData().data(), value.GetData().size()) + ")";
+  } else if constexpr (std::is_same_v<T, std::string>) {
+    return "'" + value + "'";
   } else if constexpr (std::is_same_v<T, std::vector<bool>>) {
-    std::string text;
+    std::string text = "b[]:";
     for (const bool bit : value) text += bit ? "01" : "00";
     return text;
+  } else if constexpr (std::is_pointer_v<T>) {
+    return typeid(*value).name() + ("*:" + ToHex(value, size * sizeof *value));
   } else if constexpr (std::is_arithmetic_v<T>) {
-    return ToHex(&value, sizeof value);
+    return typeid(T).name() + (":" + ToHex(&value, sizeof value));
   } else {
-    return ToHex(value.data(), value.size() * sizeof *value.data());
+    return typeid(*value.data()).name() +
+           ("[]:" + ToHex(value.data(), value.size() * sizeof *value.data()));
   }
 }
 
 template <class... T>
 std::string DescribeItem(const QXBaseData& item) {
-  std::string text;
-  const bool known =
+  std::string text = "?";
+  static_cast<void>(
       ((item.GetDataType() == QXGetDataType<T>() &&
-        (text = std::string(typeid(T).name()) + ":" + DescribeValue<T>(item), true)) ||
-       ...);
-  return known ? text : "?";
+        (text = DescribeAs<T>(static_cast<const QXBaseDataT<T>&>(item).GetValue(), item.GetSize()),
+         true)) ||
+       ...));
+  return text;
 }
 
-// Names, types and values of all items, in order.
+// Names, types and values of all items, in order, each with a blank behind it.
 inline std::string Describe(const QXBase& object) {
   std::string text;
   for (QXIter<QXBaseData> item = object.GetDataIter(); item; ++item)
