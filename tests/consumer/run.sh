@@ -83,7 +83,7 @@ pkg_config() {
   # The first program of the README.
   awk '/^```/ { inside = $0 == "```cpp"; next } inside' "$here/../../README.md" >"$2/first.cpp"
   compile "$2/first.cpp" "$2/first" "$1"
-  expect $'70 bytes\ntitle\natoms\nradii\n3 atoms' "$2/first"
+  expect $'51 bytes\ntitle\natoms\nradii\n3 atoms' "$2/first"
 }
 
 step=$1
