@@ -16,8 +16,12 @@ faults=$(awk '
     if (path ~ /^qxsystem\/core\/(export|error|errorimpl|errortest|mainthread_private|tagmap|datatype|threadsafe|memcache|version)\./) return 1
     if (path ~ /^qxsystem\/util\/hanoi\./) return 1
     if (path ~ /^qxsystem\/core\//) return 2
-    if (path ~ /^qxsystem\/util\//) return 3
-    if (path ~ /^qxsystem\/qxb\//) return 4
+    if (path ~ /^qxsystem\/(util|numerics|colour)\//) return 3
+    if (path ~ /^qxsystem\/qxb\/(qxheader|qxannotate)\./) return 5
+    if (path ~ /^qxsystem\/(qxb|interface)\//) return 4
+    if (path ~ /^qxsystem\/(json|grid)\//) return 5
+    if (path ~ /^qxsystem\/records\//) return 6
+    if (path ~ /^qxsystem\/qxsystem\.h$/) return 7
     return 99
   }
   floor($1) < floor($2) { print $1 " includes " $2 ", which stands higher" }
