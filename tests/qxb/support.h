@@ -90,29 +90,31 @@ std::string DescribeAs(const T& value, std::size_t size) {
 template <class... T>
 std::string DescribeAsOneOf(const QXBaseData& item) {
   std::string text = "?";
-  const auto is = [&](const void* type) { return item.GetDataType() == type; };
-  ((is(QXGetDataType<T>())
-        ? void(text =
-                   DescribeAs(static_cast<const QXBaseDataT<T>&>(item).GetValue(), item.GetSize()))
-        : void()),
+  const auto describe = [&](const auto& typed) {
+    text = DescribeAs(typed.GetValue(), item.GetSize());
+  };
+  ((item.GetDataType() == QXGetDataType<T>() ? describe(static_cast<const QXBaseDataT<T>&>(item))
+                                             : void()),
    ...);
   return text;
 }
 
 template <class... E>
-std::string DescribeItem(const QXBaseData& item) {
+std::string DescribeNumbers(const QXBaseData& item) {
   return DescribeAsOneOf<bool, int, float, double, std::string, QXContainer, QXUnknownQXBData,
                          std::vector<bool>, std::vector<E>..., bool*, E*...>(item);
+}
+
+inline std::string DescribeValue(const QXBaseData& item) {
+  return DescribeNumbers<char, unsigned char, short, unsigned short, int, unsigned, float, double,
+                         QXHalfFloat>(item);
 }
 
 // Names, types and values of all items, in order, each with a blank behind it.
 inline std::string Describe(const QXBase& object) {
   std::string text;
   for (QXIter<QXBaseData> item = object.GetDataIter(); item; ++item)
-    text += QXGetTag(item->GetTag()) +
-            ("=" + DescribeItem<char, unsigned char, short, unsigned short, int, unsigned, float,
-                                double, QXHalfFloat>(*item)) +
-            " ";
+    text += QXGetTag(item->GetTag()) + ("=" + DescribeValue(*item)) + " ";
   return text;
 }
 
