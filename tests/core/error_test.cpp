@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <algorithm>
+#include <atomic>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -40,26 +40,24 @@ TEST(QXErrorHandler, ShowsAndCountsByLevelAndStrictFlag) {
     unsigned level;
     const char* printed;
     unsigned counter;  // that grows by one, 9 for unknown levels; 0: none
-  } cases[] = {
-      {3, true, 1, "", 0},
-      {3, true, 2, "", 0},
-      {3, true, 3, "text\n", 3},
-      {3, true, 4, "Warning: text\n", 4},
-      {3, true, 8, "", 8},
-      {3, true, 0, "", 0},
-      {3, true, 12, "Unknown Error Level(12): text\n", 9},
-      {1, true, 1, "Debug: text\n", 1},
-      {1, true, 2, "text\n", 2},
-      {0, true, 0, "Unknown Error Level(0): text\n", 9},
-      {3, false, 5, "Warning: text\n", 4},
-      {5, false, 5, "Warning: text\n", 4},  // where a Warning would be dropped
-      {5, false, 4, "", 0},
-      {6, true, 5, "", 0},  // dropped before it could be fatal
-      {8, true, 5, "", 0},
-      {8, true, 8, "", 8},
-      {9, true, 8, "", 0},
-      {~0u, true, 12, "", 0},
-  };
+  } cases[] = {{3, true, 1, "", 0},
+               {3, true, 2, "", 0},
+               {3, true, 3, "text\n", 3},
+               {3, true, 4, "Warning: text\n", 4},
+               {3, true, 8, "", 8},
+               {3, true, 0, "", 0},
+               {3, true, 12, "Unknown Error Level(12): text\n", 9},
+               {1, true, 1, "Debug: text\n", 1},
+               {1, true, 2, "text\n", 2},
+               {0, true, 0, "Unknown Error Level(0): text\n", 9},
+               {3, false, 5, "Warning: text\n", 4},
+               {5, false, 5, "Warning: text\n", 4},  // where a Warning would be dropped
+               {5, false, 4, "", 0},
+               {6, true, 5, "", 0},  // dropped before it could be fatal
+               {8, true, 5, "", 0},
+               {8, true, 8, "", 8},
+               {9, true, 8, "", 0},
+               {~0u, true, 12, "", 0}};
   for (const auto& c : cases) {
     for (const bool formatted : {false, true}) {
       SCOPED_TRACE(testing::Message() << c.level << " at " << c.handlerLevel << ' ' << c.strict);
@@ -84,15 +82,13 @@ TEST(QXErrorHandlerDeathTest, EndsTheProcessWithTheStatedStatus) {
     unsigned handlerLevel, level;
     int status;
     const char* printed;  // all of it
-  } cases[] = {
-      {3, 5, 1, "^Fatal: a%b\n$"},
-      {5, 5, 1, "^Fatal: a%b\n$"},
-      {3, 6, 1, "^Fatal: a%b\n$"},
-      {8, 6, 1, "^$"},
-      {9, 6, 1, "^$"},
-      {3, 7, 0, "^Usage: a%b\n$"},
-      {8, 7, 0, "^$"},
-  };
+  } cases[] = {{3, 5, 1, "^Fatal: a%b\n$"},
+               {5, 5, 1, "^Fatal: a%b\n$"},
+               {3, 6, 1, "^Fatal: a%b\n$"},
+               {8, 6, 1, "^$"},
+               {9, 6, 1, "^$"},
+               {3, 7, 0, "^Usage: a%b\n$"},
+               {8, 7, 0, "^$"}};
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << c.level << " at " << c.handlerLevel);
     EXPECT_EXIT((QXThrow.SetLevel(c.handlerLevel), QXThrow.Msg(c.level, "a%%%c", 'b')),
@@ -128,23 +124,16 @@ TEST(QXErrorHandler, CutsFormattedTextsOnly) {
   }
 }
 
-template <class F>
-void InThread(F&& f) {
-  std::thread(f).join();
-}
-
 TEST(QXErrorHandler, KeepsALevelForEachThread) {
   Reports r;
   r.handler.SetLevel(QXErrorLevel::Debug);
-  InThread([&] {
+  std::thread([&] {
     EXPECT_EQ(r.handler.GetLevel(), QXErrorLevel::Info);
     r.handler.Debug("dropped");
     r.handler.SetLevel(QXErrorLevel::Quiet);
-  });
-  InThread([&] { EXPECT_EQ(r.handler.GetLevel(), QXErrorLevel::Info); });
+  }).join();
   EXPECT_EQ(r.handler.GetLevel(), QXErrorLevel::Debug);
-  Reports other;
-  EXPECT_EQ(other.handler.GetLevel(), QXErrorLevel::Info) << "a level for each handler, too";
+  EXPECT_EQ(Reports().handler.GetLevel(), QXErrorLevel::Info) << "a level for each handler, too";
   EXPECT_EQ(r.out.str(), "");
 }
 
@@ -157,7 +146,7 @@ TEST(QXErrorHandler, CopiesWhatItOwnsAndSharesWhatItDoesNot) {
   EXPECT_EQ(copy.Count(0), 2u);
   EXPECT_EQ(r.handler.Count(0), 1u);
   EXPECT_FALSE(copy.GetStrict());
-  InThread([&] { EXPECT_EQ(copy.GetLevel(), QXErrorLevel::Info); });
+  std::thread([&] { EXPECT_EQ(copy.GetLevel(), QXErrorLevel::Info); }).join();
 
   QXErrorHandlerStreamImpl shared;
   QXErrorHandler first, second;
@@ -217,10 +206,12 @@ TEST(QXErrorHandler, WritesALineInOnePieceAndFlushes) {
 
 TEST(QXErrorHandler, LinesOfSeveralThreadsDoNotMix) {
   Reports r;
+  std::atomic<int> arrived{0};
   std::vector<std::thread> threads;
   for (const char name : {'a', 'b', 'c', 'd'})
-    threads.emplace_back([&r, line = std::string(300, name)] {
+    threads.emplace_back([&r, &arrived, line = std::string(300, name)] {
       r.handler.SetLevel(QXErrorLevel::Warning);
+      for (++arrived; arrived < 4;) std::this_thread::yield();
       for (int i = 0; i < 250; ++i) {
         r.handler.Warning("%s", line.c_str());
         r.handler.Info("dropped");
@@ -228,12 +219,10 @@ TEST(QXErrorHandler, LinesOfSeveralThreadsDoNotMix) {
     });
   for (auto& thread : threads) thread.join();
   EXPECT_EQ(r.handler.Count(0), 1000u);
+  EXPECT_EQ(r.out.size(), 1000 * std::string("Warning: \n").append(300, ' ').size());
   std::istringstream in(r.out.str());
   std::string line;
-  int count = 0;
-  for (; std::getline(in, line); ++count)
-    ASSERT_EQ(line, "Warning: " + std::string(300, line.back()));
-  EXPECT_EQ(count, 1000);
+  while (std::getline(in, line)) ASSERT_EQ(line, "Warning: " + std::string(300, line.back()));
 }
 
 // What runs at exit reports, and tries to end the process once more.
@@ -264,15 +253,13 @@ TEST(QXErrorHandlerDeathTest, TheFirstThreadToExitDecides) {
 // Registered before any shared library is initialised, so it runs when all
 // their destructors, and those of the exiting thread, have run.
 bool reportAtTheEnd = false;
-void RegisterTheLast(int, char**, char**) {
-  __cxa_atexit(
-      [](void*) {
-        if (reportAtTheEnd) QXThrow.Warning("the %s", "last");
-      },
-      nullptr, nullptr);
+void Last(void*) {
+  if (reportAtTheEnd) QXThrow.Warning("the %s", "last");
 }
-[[gnu::used, gnu::section(".preinit_array")]] void (*const theLast)(int, char**,
-                                                                    char**) = RegisterTheLast;
+void RegisterLast() {
+  __cxa_atexit(Last, nullptr, nullptr);
+}
+[[gnu::used, gnu::section(".preinit_array")]] void (*const registerLast)() = RegisterLast;
 
 TEST(QXErrorHandlerDeathTest, ReportsAfterEverythingWasDestroyed) {
   EXPECT_EXIT(
