@@ -44,6 +44,9 @@ function(qx_add_library name)
   string(TOUPPER ${name} upper)
   target_compile_definitions(${name} PRIVATE ${upper}_BUILD)
   target_compile_options(${name} PRIVATE -fno-semantic-interposition)
+  if(NOT QX_SANITIZE)  # whose runtime comes with the program
+    target_link_options(${name} PRIVATE LINKER:--no-undefined)
+  endif()
   target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:qx_options>)
 endfunction()
 

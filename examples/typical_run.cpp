@@ -291,6 +291,7 @@ void Compare(const std::string& sdName, const std::string& firstName, const std:
 
   bool intact = first.size() == second.size() && first.size() == account.molecules + 1;
   unsigned foreign = 0, origins = 0, items = 0;
+  std::string example;  // the first molecule
   for (std::size_t i = 0; intact && i < first.size(); ++i) {
     const Record &before = first[i], &after = second[i];
     if (before.tag != kMolecule) {
@@ -306,6 +307,11 @@ void Compare(const std::string& sdName, const std::string& firstName, const std:
     qxisstream in(after.bytes);
     intact = intact && QXBinaryRead(in, object, handler) == QXBReturn::Success;
     items += CountItems(object);
+    if (example.empty())
+      example = "'" + object.GetData<std::string>(kTitle) +
+                "': " + std::to_string(object.GetData<int>(kAtomCount)) +
+                " atoms, radius of gyration " +
+                std::to_string(object.GetData<double>(kRadiusOfGyration)) + " Angstrom";
     const auto& origin = object.GetData<Origin>(kOrigin);
     origins += origin.record == static_cast<int>(i + 1 - foreign) &&
                origin.file == sdName.substr(sdName.rfind('/') + 1);
@@ -320,6 +326,7 @@ void Compare(const std::string& sdName, const std::string& firstName, const std:
         << " of a type unknown to the reader)\n"
         << "items added: " << added << " (atom count, centroid, radius of gyration)\n"
         << "items out:   " << items << "\n"
+        << "added to the first molecule, " << example << "\n"
         << "came through byte for byte: the unknown record, and all items of every molecule\n";
 }
 

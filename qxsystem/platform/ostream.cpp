@@ -7,7 +7,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <cstddef>
 #include <cstdlib>
+#include <limits>
 #include <memory>
 #include <new>
 
@@ -221,6 +223,8 @@ std::size_t qxosstream::_qxwrite(const unsigned char* data, std::size_t n) {
 }
 
 void qxosstream::Grow(std::size_t capacity) {
+  constexpr std::size_t most = std::numeric_limits<std::ptrdiff_t>::max();
+  if (capacity > most) throw std::bad_alloc();
   const std::size_t used = size();
   void* grown = std::realloc(block_, capacity);
   if (grown == nullptr) throw std::bad_alloc();

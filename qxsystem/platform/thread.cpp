@@ -11,7 +11,7 @@ namespace QXPlatform {
 QXThread::QXThread() = default;
 
 QXThread::~QXThread() {
-  if (!Join() && thread_.joinable()) thread_.detach();  // destroyed by its own Run
+  Join();
 }
 
 bool QXThread::Start(void* argument) {
@@ -25,7 +25,7 @@ bool QXThread::Start(void* argument) {
 }
 
 bool QXThread::Join() {
-  if (!thread_.joinable() || thread_.get_id() == std::this_thread::get_id()) return false;
+  if (!thread_.joinable()) return false;
   thread_.join();
   return true;
 }

@@ -26,8 +26,8 @@ public:
   /// `Run` ends the process.
   bool Start(void* argument);
 
-  /// Waits for the end of `Run`; then the object may be started again. False
-  /// when there is nothing to wait for, or when called from within `Run`.
+  /// Waits for the end of `Run`, so not to be called from there; then the
+  /// object may be started again. False when there is nothing to wait for.
   bool Join();
 
 protected:

@@ -231,7 +231,7 @@ bool QXBPeekTag(qxistream& in, char* tag) {
 }
 
 bool QXIsInternalQXBTag(const char* tag, unsigned long length) {
-  return ShortCode(std::string_view(tag, length)) != 0;
+  return tag && ShortCode(std::string_view(tag, length)) != 0;
 }
 
 std::string NumberedName(unsigned char code) {
@@ -466,7 +466,8 @@ void QXAttachData(const QXUnknownQXBData& record, QXBase& object) {
 void QXAttachData(const QXUnknownQXBData&, ...) {}
 
 bool QXBWriteUnknown(qxostream& out, const QXUnknownQXBData& record) {
-  return QXBWriteTag(out, record.GetTag().c_str(), record.GetCode()) &&
+  const bool tagged = record.GetCode() != 0 || !record.GetTag().empty();
+  return record && tagged && QXBWriteTag(out, record.GetTag().c_str(), record.GetCode()) &&
          QXBWriteDataLength(out, record.GetData().size()) &&
          out.write(record.GetData().data(), record.GetData().size()) == record.GetData().size();
 }

@@ -219,7 +219,8 @@ QXSYSTEM_API void QXAttachData(const QXUnknownQXBData& record, ...);
 QXSYSTEM_API void QXAttachData(QXUnknownQXBData&& record, QXBase* object);
 
 /// Writes an attached record back as it was: tag in the form it came in,
-/// length, payload. False when the tag cannot be stored or the target refuses
+/// length, payload. False, with nothing written, for one without bytes or
+/// without a tag, which would read as damage; false too when the target refuses
 /// bytes.
 ///
 /// Attached records are no part of their object's data block; a program that

@@ -1,5 +1,7 @@
 #include <qxsystem/qxb/qxbrfxn.h>
 
+#include <unordered_map>
+
 #include <qxsystem/qxb/qxb_private.h>
 #include <qxsystem/qxb/qxbitem_private.h>
 
@@ -15,17 +17,39 @@ bool CompleteName(std::string& name, unsigned char code) {
   return true;
 }
 
+// Where the first item of each name stands in a list that grows while it is
+// read. A walk through the list for every unread value would take a time that
+// is quadratic in the block.
+class FirstItems {
+public:
+  explicit FirstItems(const QXBase& object) : object_(object) {}
+
+  // The first item with `tag`; null if there is none, or if a functor has since
+  // moved it elsewhere.
+  QXBaseData* Find(unsigned tag) {
+    QXIter<QXBaseData> item = object_.GetDataIter();
+    for (item += seen_; item; ++item) positions_.emplace(item->GetTag(), seen_++);
+    const auto found = positions_.find(tag);
+    if (found == positions_.end()) return nullptr;
+    item.ToFirst() += found->second;
+    return item && item->GetTag() == tag ? item.operator->() : nullptr;
+  }
+
+private:
+  const QXBase& object_;
+  unsigned seen_ = 0;                                 // items that positions_ knows of
+  std::unordered_map<unsigned, unsigned> positions_;  // by tag
+};
+
 // Keeps a value that nobody can read in the object, under its name. An earlier
 // one of that name gives way; a value of another type does not, and then this
 // one stands behind it, so that nothing unread is lost.
-void KeepUnread(QXBase& object, const std::string& name, QXUnknownQXBData kept) {
-  const unsigned tag = QXGetTag(name);
-  QXIter<QXBaseData> first = object.GetDataIter(tag);
-  const bool taken = first && first->GetDataType() != QXGetDataType<QXUnknownQXBData>();
-  if (taken)
-    object.AddData<QXUnknownQXBData>(tag, std::move(kept));
+void KeepUnread(QXBase& object, FirstItems& firsts, unsigned tag, QXUnknownQXBData kept) {
+  QXBaseData* first = firsts.Find(tag);
+  if (first && first->GetDataType() == QXGetDataType<QXUnknownQXBData>())
+    static_cast<QXBaseDataT<QXUnknownQXBData>*>(first)->GetValue() = std::move(kept);
   else
-    object.SetData<QXUnknownQXBData>(tag, std::move(kept));
+    object.AddData<QXUnknownQXBData>(tag, std::move(kept));
 }
 
 // Reads the name that leads a handled value's body. A name with nothing behind
@@ -37,7 +61,7 @@ bool ReadBodyName(qxistream& in, std::string& name) {
 }
 
 // A value in its envelope, from its nested length on.
-unsigned ReadHandled(BlockReader& block, const QXBinaryIOHandlerBase& handler) {
+unsigned ReadHandled(BlockReader& block, FirstItems& firsts, const QXBinaryIOHandlerBase& handler) {
   unsigned long length;
   if (!ReadLength(block.in, QXBMaxLength, length)) return QXBReturn::IncorrectSize;
   const auto* bytes = reinterpret_cast<const char*>(block.in.take(length));
@@ -55,14 +79,15 @@ unsigned ReadHandled(BlockReader& block, const QXBinaryIOHandlerBase& handler) {
   std::string name;
   if (!ReadBodyName(nested, name)) return QXBReturn::IncorrectHandlerType;
   nested.seek(0);
-  KeepUnread(block.object, name,
-             QXUnknownQXBData(nested, QXGetDataType<QXBase>(), length, functor.name.c_str(),
-                              functor.code));
+  QXUnknownQXBData kept(nested, QXGetDataType<QXBase>(), length, functor.name.c_str(),
+                        functor.code);
+  if (!kept) return QXBReturn::IncorrectSize;  // no memory for its bytes
+  KeepUnread(block.object, firsts, QXGetTag(name), std::move(kept));
   return QXBReturn::Success;
 }
 
 // One item, from its tag on.
-unsigned ReadItem(BlockReader& block, const QXBinaryIOHandlerBase& handler) {
+unsigned ReadItem(BlockReader& block, FirstItems& firsts, const QXBinaryIOHandlerBase& handler) {
   unsigned char tagCode;
   if (ReadTag(block.in, block.name, tagCode) != TagRead::MoreFollows)
     return QXBReturn::ReadTagFailed;
@@ -73,14 +98,14 @@ unsigned ReadItem(BlockReader& block, const QXBinaryIOHandlerBase& handler) {
 
   unsigned status = QXBReturn::Success;
   if (StartsWith(block.name, EnvelopePrefix)) {
-    status = ReadHandled(block, handler);
+    status = ReadHandled(block, firsts, handler);
   } else if (typeCode == HandledCode) {
     unsigned char envelopeCode;
     if (ReadTag(block.in, block.name, envelopeCode) != TagRead::MoreFollows ||
         block.in.get() != EnvelopeType)
       status = QXBReturn::ReadTagFailed;
     else
-      status = ReadHandled(block, handler);
+      status = ReadHandled(block, firsts, handler);
   } else if (const Codec* codec = FindCodec(typeCode)) {
     status = codec->read(block);
   }
@@ -114,8 +139,9 @@ unsigned QXBReadQXBase(qxistream& in, QXBase& object, unsigned long length,
   block.in.set(reinterpret_cast<const char*>(bytes.data), bytes.size, /*copy=*/false);
   block.swapInt = QXBIntEndian(static_cast<unsigned>(block.in.get()));
   block.swapFloat = QXBFloatEndian(static_cast<unsigned>(block.in.get()));
+  FirstItems firsts(object);
   unsigned status = QXBReturn::Success;
-  while (status == QXBReturn::Success && !block.in.eof()) status = ReadItem(block, handler);
+  while (status == QXBReturn::Success && !block.in.eof()) status = ReadItem(block, firsts, handler);
   return status;
 }
 

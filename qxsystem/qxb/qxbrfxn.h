@@ -49,7 +49,9 @@ private:
 template <class T>
 const QXReadFxn<T>* QXFindReadFxn(const QXBinaryIOHandlerBase& handler, const char* tag) {
   for (QXIter<QXReadFxnBase> it = handler.GetReadFxns(); it; ++it) {
-    if (it->GetType() != QXGetDataType<T>() || std::strcmp(it->GetTag(), tag) != 0) continue;
+    if (it->GetType() != QXGetDataType<T>()) continue;
+    const char* own = it->GetTag();
+    if (std::strcmp(own ? own : "", tag) != 0) continue;
     // A functor may claim the type without being a reader for it.
     if (const auto* fxn = dynamic_cast<const QXReadFxn<T>*>(&*it)) return fxn;
   }

@@ -178,6 +178,10 @@ bool CheckRecord(const std::string& tag, std::size_t size) {
                     tag.c_str(), tag.size());
     return false;
   }
+  if (size == 0) {
+    QXThrow.Warning("record '%s' is not written: it has no payload", tag.c_str());
+    return false;
+  }
   if (size > QXBMaxLength) {
     QXThrow.Warning("record '%s' is not written: its %zu bytes are more than can be read again",
                     tag.c_str(), size);

@@ -57,8 +57,9 @@ QXSYSTEM_API bool QXBWriteQXBase(qxostream& out, const QXBase& object, const std
 QXSYSTEM_API bool QXBWritePOD(qxostream& out, const QXBase& object, const std::string& tag);
 
 /// Writes one record: `tag`, length, and the `payload`. False, with nothing
-/// written, for a tag that cannot be stored and for a payload too long to be
-/// read again; false too when the target refuses bytes.
+/// written, for a tag that cannot be stored, and with a warning for a payload
+/// that is empty, which would read as damage, or too long to be read again;
+/// false too when the target refuses bytes.
 QXSYSTEM_API bool QXBWriteRecord(qxostream& out, const std::string& tag, const char* payload,
                                  std::size_t size);
 

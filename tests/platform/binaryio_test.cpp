@@ -2,9 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <cstring>
-#include <limits>
 #include <string>
 
 #include <qxsystem/platform/istream.h>
@@ -26,11 +24,10 @@ unsigned char* Bytes(void* data) {
 
 TEST(BinaryNumbers, GoThroughStreamsAndMemoryAlike) {
   const double numbers[] = {1.5, -2.25, 1e300};
-  unsigned char memory[1 + sizeof numbers];  // from an odd address
+  unsigned char memory[1 + sizeof numbers];  // used from an odd address
   qxosstream out;
   EXPECT_EQ(QX_io_write_binary(out, Bytes(numbers), 8, 3), 24u);
   EXPECT_EQ(QX_io_write_binary(memory + 1, Bytes(numbers), 8, 3), 24u);
-  EXPECT_EQ(out.str(), std::string(reinterpret_cast<const char*>(memory + 1), 24));
   EXPECT_EQ(out.str().substr(0, 8), "\0\0\0\0\0\0\xf8\x3f"s) << "the low byte first";
 
   double back[3] = {};
@@ -41,27 +38,15 @@ TEST(BinaryNumbers, GoThroughStreamsAndMemoryAlike) {
     EXPECT_EQ(QX_io_read_binary(in, Bytes(back), 8, 3), cut);
   }
   EXPECT_EQ(std::memcmp(back, numbers, sizeof numbers), 0);
-}
-
-TEST(BinaryNumbers, MoveNothingWhenTheSizeOverflows) {
-  const std::size_t huge = std::numeric_limits<std::size_t>::max() / 2 + 1;
-  unsigned char byte = 7;
-  qxisstream in("x"s);
-  qxosstream out;
-  EXPECT_EQ(QX_io_read_binary(in, &byte, huge, 2), 0u);
-  EXPECT_EQ(QX_io_write_binary(out, &byte, huge, 2), 0u);
-  EXPECT_EQ(QX_io_read_binary(&byte, &byte, huge, 3), 0u);
-  EXPECT_EQ(byte, 7);
+  EXPECT_EQ(QX_io_read_binary(memory, Bytes(back), ~std::size_t{0} / 2 + 1, 2), 0u) << "overflow";
 }
 
 TEST(BinaryStrings, StandBehindTheirLength) {
-  for (const std::string& text : {""s, "text"s, "\0a\0"s, std::string(70000, 'x')}) {
-    std::string memory(text.size() + 4, '?');
-    std::string back = "old";
-    EXPECT_EQ(QX_io_write_binary(Bytes(memory.data()), text), text.size() + 4);
+  for (const std::string& text : {""s, "\0a\0"s, std::string(70000, 'x')}) {
+    std::string memory(text.size() + 4, '?'), back = "old";
+    EXPECT_EQ(QX_io_write_binary(Bytes(memory.data()), text), memory.size());
     EXPECT_EQ(memory[1], static_cast<char>(text.size() >> 8));
-    EXPECT_EQ(QX_io_read_binary(Bytes(static_cast<const void*>(memory.data())), back),
-              text.size() + 4);
+    EXPECT_EQ(QX_io_read_binary(Bytes(memory.data()), back), memory.size());
     EXPECT_EQ(back, text);
   }
 }

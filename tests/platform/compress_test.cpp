@@ -49,13 +49,7 @@ TEST(QXCompress, IsUndoneByTheMethodsOwnLibraries) {
     ASSERT_TRUE(QXCompress(zstd, data.data(), data.size(), "zstd"));
     EXPECT_TRUE(Gunzip(gz, data.size()) == data);
     EXPECT_TRUE(Unzstd(zstd, data.size()) == data);
-    if (data.size() > noise.size()) {
-      EXPECT_LT(gz.size() + zstd.size(), data.size() / 100);
-    }
-
-    std::string inPlace = data;
-    ASSERT_TRUE(QXCompress(inPlace, inPlace.data(), inPlace.size(), "gz"));
-    EXPECT_TRUE(inPlace == gz);
+    EXPECT_LT(gz.size() + zstd.size(), 2 * noise.size() + 1000);
   }
 }
 

@@ -63,10 +63,9 @@ TEST(QXHalfFloat, RoundsToNearestEven) {
 }
 
 TEST(QXHalfFloat, KeepsANaNWhosePayloadDoesNotFit) {
-  for (const std::uint32_t bits : {0x7f800001u, 0xff801fffu, 0x7fc00000u, 0xffffffffu}) {
+  for (const std::uint32_t bits : {0x7f800001u, 0xff801fffu}) {
     float value;
     std::memcpy(&value, &bits, sizeof value);
-    EXPECT_TRUE(std::isnan(static_cast<float>(QXHalfFloat(value)))) << bits;
-    EXPECT_EQ(Bits(value) >> 15, bits >> 31) << bits;
+    EXPECT_EQ(Bits(value), 0x7e00 | bits >> 31 << 15);
   }
 }

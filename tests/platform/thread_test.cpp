@@ -2,59 +2,45 @@
 
 #include <gtest/gtest.h>
 
-#include <deque>
-
 using namespace QXPlatform;
 
 namespace {
 
-// Adds up what is queued until a zero comes.
-class Adder : public QXThread {
+// Two threads that pass a number to and fro, each adding one in its turn.
+class Partner : public QXThread {
 public:
-  ~Adder() override { Join(); }
-
-  void Put(int number) {
+  void AddInTurn(int parity) {
     condition_.Acquire();
-    queue_.push_back(number);
-    condition_.Broadcast();
+    while (number < 2000) {
+      if (number % 2 != parity) {
+        condition_.Wait();
+        continue;
+      }
+      ++number;
+      condition_.Broadcast();
+    }
     condition_.Release();
   }
-
-  bool joinedItself = false;
+  int number = 0;
 
 protected:
-  void Run(void* argument) override {
-    joinedItself = Join();
-    while (const int number = Take()) *static_cast<long*>(argument) += number;
-  }
+  void Run(void* parity) override { AddInTurn(*static_cast<int*>(parity)); }
 
 private:
-  int Take() {
-    condition_.Acquire();
-    while (queue_.empty()) condition_.Wait();
-    const int number = queue_.front();
-    queue_.pop_front();
-    condition_.Release();
-    return number;
-  }
-
   QXCondition condition_;
-  std::deque<int> queue_;
 };
 
 }  // namespace
 
-TEST(QXThread, RunsAndCanBeStartedAgain) {
-  Adder adder;
-  EXPECT_FALSE(adder.Join()) << "nothing to wait for";
-  for (int round = 0; round < 2; ++round) {
-    long sum = 0;
-    ASSERT_TRUE(adder.Start(&sum));
-    EXPECT_FALSE(adder.Start(&sum)) << "still running";
-    for (int i = 1; i <= 1000; ++i) adder.Put(i);
-    adder.Put(0);
-    EXPECT_TRUE(adder.Join());
-    EXPECT_EQ(sum, 500500);
-    EXPECT_FALSE(adder.joinedItself);
+TEST(QXThread, TakesTurnsByAConditionAndCanBeStartedAgain) {
+  Partner partner;
+  EXPECT_FALSE(partner.Join()) << "nothing to wait for";
+  for (int parity : {0, 1}) {
+    partner.number = 0;
+    ASSERT_TRUE(partner.Start(&parity));
+    EXPECT_FALSE(partner.Start(&parity)) << "not joined yet";
+    partner.AddInTurn(1 - parity);
+    EXPECT_TRUE(partner.Join());
+    EXPECT_EQ(partner.number, 2000);
   }
 }

@@ -1,0 +1,65 @@
+// Union-find: disjoint groups over the integers 0 to n - 1, merged step by step.
+#pragma once
+
+#include <memory>
+
+#include <qxsystem/core/export.h>
+
+namespace QXSystem {
+
+/// Disjoint groups over the items 0 to n - 1, each known by the id of one of its
+/// members, its root.
+///
+/// Queries shorten paths, so that even they must not run concurrently on one
+/// object. Items out of range are in no group; except where it says so, asking
+/// about them is no error.
+class QXSYSTEM_API QXUnionFind {
+public:
+  /// `n` groups of one.
+  explicit QXUnionFind(unsigned n);
+
+  QXUnionFind(const QXUnionFind& other);
+  QXUnionFind& operator=(const QXUnionFind& other);
+  ~QXUnionFind();
+
+  /// Merges the groups of `a` and `b`. The root of the larger one stays, at equal
+  /// size that of `a`. An item out of range is reported as by `FindID`, and
+  /// nothing changes.
+  void Union(int a, int b);
+
+  /// The root of `i`'s group; for `i` out of range an Error and -1.
+  int FindID(int i);
+
+  bool Related(int a, int b);
+
+  /// The size of `i`'s group; 0 out of range.
+  int Count(int i);
+
+  bool IsSingleton(int i) const;
+
+  /// Whether `i` is the root of its group.
+  bool IsID(int i) const;
+
+  unsigned NumGroups(bool includeSingletons) const;
+
+  /// The groups of two and more, G of them, for the caller, who frees them with
+  /// `QXDeleteSubsets`.
+  ///
+  /// Entry 0 points to G and then the G roots, ascending. Entry k, from 1 to G,
+  /// points to the size of the k-th root's group and then its members, in the
+  /// order in which a heap sort of all items by root leaves them.
+  int** Subsets();
+
+private:
+  bool InRange(int i) const { return static_cast<unsigned>(i) < n_ && i >= 0; }
+  int& Entry(int i) const { return data_.get()[i]; }
+  int Root(int i);
+
+  unsigned n_;
+  std::unique_ptr<int[]> data_;  // a root's negative group size; else the parent
+};
+
+/// Frees what `QXUnionFind::Subsets` made; null is allowed.
+QXSYSTEM_API void QXDeleteSubsets(int** subsets);
+
+}  // namespace QXSystem
