@@ -15,7 +15,9 @@ using QXSystem::QXThrow;
 
 constexpr int MaxNewtonSteps = 50;
 constexpr double NewtonPrecision = 1e-6;
-constexpr double RootPrecision = 1e-9;
+constexpr double OnLine = 1e-24;           // of |adj S|^2, against |S|^4
+constexpr double AtPoint = 1e-6;           // of |S|^2, against all squared distances
+constexpr double FlatSlope = 1e-4;         // against that of x^4 / 4
 constexpr double SmallestAdjugate = 1e-7;  // of a column that is used, squared
 constexpr double FitPrecision = 1e-12;     // of a rotation, against all squared distances
 
@@ -30,9 +32,9 @@ double FallBack(const T* a, const T* b, const T* w, unsigned n, double* rot, dou
   return rms;
 }
 
-// The largest eigenvalue of the key matrix, in `x`, by Newton's method on
+// Writes the largest eigenvalue of the key matrix to `result`, by Newton's method on
 //   P(x) = x^4 - 2 |S|^2 x^2 - 8 det S x + |S|^4 - 4 |adj S|^2
-// from above, where no root lies. False if it does not get there.
+// from above, where no root lies. False if that does not end in a good one.
 bool LargestEigenvalue(const double* s, double g, double* result) {
   // adj S, transposed
   const double minors[9] = {
@@ -46,35 +48,31 @@ bool LargestEigenvalue(const double* s, double g, double* result) {
   }
   const double det = s[0] * minors[0] + s[1] * minors[1] + s[2] * minors[2];
 
-  // On a line the two largest roots coincide, and Newton's method crawls into
-  // rounding errors. There x^2 = |S|^2 + 2 sqrt(|adj S|^2 + 2 det S x) contracts
-  // a thousandfold, and |2 det S x| is at most |adj S|^2.
-  if (minorSquares < 1e-6 * squares * squares && squares > 1e-6 * g * g) {
-    double x = std::sqrt(squares);
-    for (int step = 0; step < 4; ++step) {
-      const double product = std::clamp(2 * det * x, -minorSquares, minorSquares);
-      x = std::sqrt(squares + 2 * std::sqrt(minorSquares + product));
-    }
-    *result = x;
+  // On a line S has rank 1, and the two largest roots coincide in |S|, where
+  // Newton's method would crawl into rounding errors.
+  if (minorSquares < OnLine * squares * squares && squares > AtPoint * g * g) {
+    *result = std::sqrt(squares);
     return true;
   }
 
   const double c2 = -2 * squares, c1 = -8 * det, c0 = squares * squares - 4 * minorSquares;
-  const auto correction = [=](double x) {
+  double slope = 0;
+  const auto correction = [=, &slope](double x) {
     const double x2 = x * x;
     const double b = (x2 + c2) * x;
     const double a = b + c1;
-    return (a * x + c0) / (2 * x2 * x + b + a);
+    slope = 2 * x2 * x + b + a;
+    return (a * x + c0) / slope;
   };
   double x = 0.5 * g;
   for (int step = 0; step < MaxNewtonSteps; ++step) {
     const double delta = correction(x);
     x -= delta;
     if (std::fabs(x * NewtonPrecision) > std::fabs(delta)) {
-      // One more step doubles the digits, unless roots coincide.
-      const double last = correction(x);
-      *result = x - last;
-      return std::fabs(last) <= RootPrecision * x;
+      // One more step doubles the digits, unless the curve is flat because
+      // roots lie together, as for thin lists and some mirror images.
+      *result = x - correction(x);
+      return slope > FlatSlope * x * x * x;
     }
   }
   return false;

@@ -19,7 +19,7 @@ namespace QXMath {
 ///
 /// One or two points, and any fit in doubt, go to the slower but more robust
 /// `SimpleRMSBetweenPoints`, told at Debug or Verbose level. Lists on a line and
-/// lists much smaller than 1 across always do when a rotation is asked for.
+/// lists much smaller than 1 across as a rule do when a rotation is asked for.
 /// Method: Theobald, Acta Cryst. A61 (2005) 478-480; the rotation as in Liu,
 /// Agrafiotis and Theobald, J. Comput. Chem. 31 (2010) 1561-1563.
 QXSYSTEM_API double QXQCPRMSBetweenPoints(const double* a, const double* b, unsigned n, double* rot,
