@@ -55,7 +55,8 @@ protected:
   // moved and shaken by `noise` times `scale`; a line stays one.
   Lists Make(const std::string& kind, double scale, double noise, bool weighted) {
     double rot[3][3], axis[3] = {1, 2, -1}, center[3]{}, weight = 0;
-    const double q[4] = {normal(random) / 10, 0.5, 0.7, 0.1};
+    const double half = normal(random), sine = std::sin(half);
+    const double q[4] = {std::cos(half), sine * 2 / 7, sine * 3 / 7, sine * 6 / 7};
     QXGenerateRotationMatrix(q, rot);
     Lists lists;
     for (int i = 0; i < 8; ++i) {
@@ -84,13 +85,13 @@ protected:
   std::normal_distribution<double> normal;
 };
 
-// A proper rotation is an orthogonal matrix whose rows are a right-handed frame.
+// Rows of a proper rotation are each the cross product of the next two.
 void ExpectProper(const double* r) {
   for (int i = 0; i < 3; ++i) {
-    const double *p = r + 3 * i, *q = r + 3 * ((i + 1) % 3), *s = r + 3 * ((i + 2) % 3);
-    EXPECT_NEAR(p[0] * p[0] + p[1] * p[1] + p[2] * p[2], 1, 1e-14);
-    for (int k = 0; k < 3; ++k)
-      EXPECT_NEAR(p[k], q[(k + 1) % 3] * s[(k + 2) % 3] - q[(k + 2) % 3] * s[(k + 1) % 3], 1e-14);
+    const double *p = r + 3 * ((i + 1) % 3), *q = r + 3 * ((i + 2) % 3);
+    EXPECT_NEAR(r[3 * i], p[1] * q[2] - p[2] * q[1], 1e-14);
+    EXPECT_NEAR(r[3 * i + 1], p[2] * q[0] - p[0] * q[2], 1e-14);
+    EXPECT_NEAR(r[3 * i + 2], p[0] * q[1] - p[1] * q[0], 1e-14);
   }
 }
 

@@ -11,11 +11,7 @@
 using namespace QXMath;
 using namespace QXSystem;
 
-namespace {
-
-constexpr double Pi = 3.14159265358979323846;
-
-}  // namespace
+static constexpr double Pi = 3.14159265358979323846;
 
 TEST(QXGenerateRotationMatrix, TurnsByRodriguesForm) {
   std::mt19937_64 random(1);
@@ -65,42 +61,34 @@ TEST(QXHealPix, RoundsSizesUp) {
 }
 
 TEST(QXHealPix, FollowsPixelsAndTurns) {
-  const std::vector<double> threeOdd = {1 / 3., 1, 5 / 3.}, threeEven = {0, 2 / 3., 4 / 3.};
-  const std::vector<double> fourOdd = {.25, .75, 1.25, 1.75}, fourEven = {0, .5, 1, 1.5};
-  const std::vector<double> two = {.5, -.5}, three = {2 / 3., 0, -2 / 3.},
-                            four = {.75, .25, -.25, -.75};
+  const std::vector<double> two = {.5, -.5}, three = {2 / 3., 0, -2 / 3.};
+  const std::vector<double> four = {.75, .25, -.25, -.75};
   const struct {
-    unsigned n, turns;
-    std::vector<double> z;          // of the rings
-    std::vector<double> odd, even;  // phi / pi in the first, third ... ring and in the others
-  } cases[] = {{18, 3, two, threeOdd, threeEven},
-               {32, 4, two, fourOdd, fourEven},
-               {45, 5, three, threeOdd, threeEven},
-               {72, 6, three, fourOdd, fourEven},
-               {112, 7, four, fourOdd, fourEven},
-               {160, 8, four, {.2, .6, 1, 1.4, 1.8}, {0, .4, .8, 1.2, 1.6}}};
+    unsigned n, perRing, turns;
+    std::vector<double> z;
+  } cases[] = {{18, 3, 3, two},   {32, 4, 4, two},   {45, 3, 5, three},
+               {72, 4, 6, three}, {112, 4, 7, four}, {160, 5, 8, four}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.n);
     std::vector<double> all(4 * c.n + 1, -7.0);
     ASSERT_TRUE(QXGetHealPix(c.n, all.data()));
     const double* q = all.data();
-    double moments[4][4]{};
+    double moments[16]{};
     for (unsigned turn = 0; turn < c.turns; ++turn)
       for (std::size_t ring = 0; ring < c.z.size(); ++ring)
-        for (const double step : ring % 2 == 0 ? c.odd : c.even) {
+        for (unsigned pixel = 0; pixel < c.perRing; ++pixel, q += 4) {
           const double half = std::acos(c.z[ring]) / 2, psi = (turn + 0.5) * Pi / c.turns;
+          const double phi = (2 * pixel + (ring % 2 == 0)) * Pi / c.perRing;
           EXPECT_NEAR(q[0], std::cos(half) * std::cos(psi), 1e-15);
-          EXPECT_NEAR(q[1], std::sin(half) * std::sin(psi - step * Pi), 1e-15);
-          EXPECT_NEAR(q[2], std::sin(half) * std::cos(psi - step * Pi), 1e-15);
+          EXPECT_NEAR(q[1], std::sin(half) * std::sin(psi - phi), 1e-15);
+          EXPECT_NEAR(q[2], std::sin(half) * std::cos(psi - phi), 1e-15);
           EXPECT_NEAR(q[3], std::cos(half) * std::sin(psi), 1e-15);
-          for (int i = 0; i < 16; ++i) moments[i / 4][i % 4] += q[i / 4] * q[i % 4];
-          q += 4;
+          for (int i = 0; i < 16; ++i) moments[i] += q[i / 4] * q[i % 4];
         }
     EXPECT_EQ(q, &all.back());
     EXPECT_EQ(all.back(), -7.0);
     // Evenly spread, no direction in the space of unit quaternions is preferred.
-    for (int i = 0; i < 16; ++i)
-      EXPECT_NEAR(moments[i / 4][i % 4], i % 5 == 0 ? c.n / 4. : 0, 1e-12);
+    for (int i = 0; i < 16; ++i) EXPECT_NEAR(moments[i], i % 5 == 0 ? c.n / 4. : 0, 1e-12);
   }
 }
 

@@ -32,46 +32,36 @@ TEST(QXJacobiReduction, GivesEigenvaluesAndTheVectorOfTheSmallest) {
         m[i][j] = a[i][j] = a[j][i] = scale * normal(random);
       }
     const double least = QXJacobiReduction(values, m, v);
-    double trace = 0, squares = 0, length = 0, quotient = 0;
+    double trace = 0, squares = 0, length = 0;
     for (int i = 0; i < 4; ++i) {
+      double row = 0;
+      for (int j = 0; j < 4; ++j) {
+        row += a[i][j] * v[j];
+        squares += a[i][j] * a[i][j];
+      }
+      EXPECT_NEAR(std::fabs(row), least * std::fabs(v[i]), 1e-14 * scale);
       EXPECT_LE(least, std::fabs(values[i]));
       trace += a[i][i] - values[i];
       squares -= values[i] * values[i];
       length += v[i] * v[i];
-      for (int j = 0; j < 4; ++j) {
-        squares += a[i][j] * a[i][j];
-        quotient += v[i] * a[i][j] * v[j];
-      }
     }
     EXPECT_NEAR(length, 1, 1e-14);
-    for (int i = 0; i < 4; ++i) {
-      double row = -quotient * v[i];
-      for (int j = 0; j < 4; ++j) row += a[i][j] * v[j];
-      EXPECT_NEAR(row, 0, 1e-14 * scale);
-    }
-    EXPECT_NEAR(std::fabs(quotient), least, 1e-14 * scale);
     EXPECT_NEAR(trace, 0, 1e-14 * scale);
     EXPECT_NEAR(squares, 0, 1e-13 * scale * scale);
   }
 }
 
 TEST(QXJacobiReduction, TakesEqualDiagonalElementsTiesAndNaN) {
-  const struct {
-    double upper[4];  // a11, a12, a22, a33 = a44
-    double values[3];
-    double vector[2];
-  } cases[] = {{{2, 1, 2, 5}, {1, 3, 5}, {std::sqrt(.5), -std::sqrt(.5)}},
-               {{3, 0, -2, 2}, {3, -2, 2}, {0, 1}},
-               {{1, NaN, 2, 2}, {NaN, NaN, 2}, {NaN, NaN}}};
-  for (const auto& c : cases) {
-    const double* u = c.upper;
-    double m[4][4] = {{u[0], u[1], 0, 0}, {0, u[2], 0, 0}, {0, 0, u[3], 0}, {0, 0, 0, u[3]}};
-    double values[4], v[4];
-    QXJacobiReduction(values, m, v);
-    if (std::isnan(u[1])) continue;  // it has ended
-    for (int i = 0; i < 3; ++i) EXPECT_NEAR(values[i], c.values[i], 1e-15);
-    for (int i = 0; i < 2; ++i) EXPECT_NEAR(v[i], c.vector[i], 1e-15);
-  }
+  double equal[4][4] = {{2, 1, 0, 0}, {0, 2, 0, 0}, {0, 0, 5, 0}, {0, 0, 0, 5}};
+  double tie[4][4] = {{3, 0, 0, 0}, {0, -2, 0, 0}, {0, 0, 2, 0}, {0, 0, 0, 2}};
+  double bad[4][4] = {{2, NaN, 0, 0}, {0, 2, 1, 0}, {0, 0, 2, 0}, {0, 0, 0, 2}};
+  double values[4], v[4];
+  EXPECT_NEAR(QXJacobiReduction(values, equal, v), 1, 1e-15);
+  EXPECT_NEAR(values[1], 3, 1e-15);
+  EXPECT_NEAR(v[0] * v[1], -0.5, 1e-15);
+  EXPECT_EQ(QXJacobiReduction(values, tie, v), 2);
+  for (int i = 0; i < 4; ++i) EXPECT_EQ(v[i], i == 1);
+  QXJacobiReduction(values, bad, v);  // ends
 }
 
 TEST(PrincipalAxes, MakeTheTensorDiagonal) {
