@@ -45,8 +45,8 @@ template <class T>
 void Rms(benchmark::State& state) {
   const Lists<T> lists(state);
   for (auto _ : state)
-    benchmark::DoNotOptimize(QXMath::QXQCPRMSBetweenPoints(lists.a.data(), lists.b.data(), lists.n,
-                                                           nullptr, nullptr));
+    benchmark::DoNotOptimize(
+        QXMath::QXQCPRMSBetweenPoints(lists.a.data(), lists.b.data(), lists.n, nullptr, nullptr));
 }
 
 template <class T>
