@@ -65,20 +65,18 @@ inline std::string Block(const std::string& items) {
 std::string Describe(const QXBase& object);
 
 // A letter for the type of number, "[]" behind it for vectors, "*" for arrays;
-// then the value's bytes, not as they are stored but as they stand in memory.
+// then the value's bytes as they stand in memory.
 template <class T>
 std::string DescribeAs(const T& value, std::size_t size) {
   if constexpr (std::is_same_v<T, QXContainer>) {
     return "{" + Describe(value) + "}";
   } else if constexpr (std::is_same_v<T, QXUnknownQXBData>) {
-    return "(" + value.GetTag() + "," + std::to_string(value.GetCode()) + "," +
-           ToHex(value.GetData().data(), value.GetData().size()) + ")";
+    const std::string bytes(value.GetData().begin(), value.GetData().end());
+    return "(" + value.GetTag() + "," + std::to_string(value.GetCode()) + "," + ToHex(bytes) + ")";
   } else if constexpr (std::is_same_v<T, std::string>) {
     return "'" + value + "'";
   } else if constexpr (std::is_same_v<T, std::vector<bool>>) {
-    std::string text = "b[]:";
-    for (const bool bit : value) text += bit ? "01" : "00";
-    return text;
+    return "b[]:" + ToHex(std::string(value.begin(), value.end()));
   } else if constexpr (std::is_pointer_v<T>) {
     return typeid(*value).name() + ("*:" + ToHex(value, size * sizeof *value));
   } else if constexpr (std::is_arithmetic_v<T>) {
@@ -90,96 +88,88 @@ std::string DescribeAs(const T& value, std::size_t size) {
 }
 
 template <class... T>
-std::string DescribeItem(const QXBaseData& item) {
+std::string DescribeAsOneOf(const QXBaseData& item) {
   std::string text = "?";
-  static_cast<void>(
-      ((item.GetDataType() == QXGetDataType<T>() &&
-        (text = DescribeAs<T>(static_cast<const QXBaseDataT<T>&>(item).GetValue(), item.GetSize()),
-         true)) ||
-       ...));
+  const auto describe = [&](const auto& typed) {
+    text = DescribeAs(typed.GetValue(), item.GetSize());
+  };
+  ((item.GetDataType() == QXGetDataType<T>() ? describe(static_cast<const QXBaseDataT<T>&>(item))
+                                             : void()),
+   ...);
   return text;
+}
+
+template <class... E>
+std::string DescribeNumbers(const QXBaseData& item) {
+  return DescribeAsOneOf<bool, int, float, double, std::string, QXContainer, QXUnknownQXBData,
+                         std::vector<bool>, std::vector<E>..., bool*, E*...>(item);
+}
+
+inline std::string DescribeValue(const QXBaseData& item) {
+  return DescribeNumbers<char, unsigned char, short, unsigned short, int, unsigned, float, double,
+                         QXHalfFloat>(item);
 }
 
 // Names, types and values of all items, in order, each with a blank behind it.
 inline std::string Describe(const QXBase& object) {
   std::string text;
   for (QXIter<QXBaseData> item = object.GetDataIter(); item; ++item)
-    text +=
-        std::string(QXGetTag(item->GetTag())) + "=" +
-        DescribeItem<bool, int, float, double, std::string, int*, unsigned*, bool*, float*, double*,
-                     QXHalfFloat*, char*, unsigned char*, std::vector<bool>, std::vector<char>,
-                     std::vector<unsigned char>, std::vector<short>, std::vector<unsigned short>,
-                     std::vector<int>, std::vector<unsigned>, std::vector<float>,
-                     std::vector<double>, std::vector<QXHalfFloat>, QXContainer, QXUnknownQXBData>(
-            *item) +
-        " ";
+    text += QXGetTag(item->GetTag()) + ("=" + DescribeValue(*item)) + " ";
   return text;
 }
 
-// A value under the name "v", its item on a host of our byte order and, where
+// An item named "v", its stored form on a host of our byte order and, where
 // that makes a difference, on one of the other.
 struct StoredForm {
-  void (*set)(QXBase&);
+  std::shared_ptr<QXBaseData> item;
   const char* native;
   const char* foreign;
 };
 
-template <class T, T... values>
-void SetArray(QXBase& object) {
-  const T array[] = {values...};
-  object.SetData<T>("v", array, sizeof...(values));
+template <class T>
+std::shared_ptr<QXBaseData> Value(T value) {
+  return std::make_shared<QXBaseDataT<T>>(QXGetTag("v"), std::move(value));
 }
 
-template <class T, T... values>
-void SetVector(QXBase& object) {
-  object.SetData<std::vector<T>>("v", {values...});
+template <class T>
+std::shared_ptr<QXBaseData> Array(const std::vector<T>& values) {
+  std::unique_ptr<T[]> copy(new T[values.size()]);
+  std::copy(values.begin(), values.end(), copy.get());
+  return std::make_shared<QXBaseDataTPtr<T*>>(QXGetTag("v"), std::move(copy),
+                                              static_cast<unsigned>(values.size()));
 }
+
+template <class T>
+using Vector = std::vector<T>;
 
 inline const std::vector<StoredForm>& StoredForms() {
   static const std::vector<StoredForm> forms = {
-      {[](QXBase& o) { o.SetData<bool>("v", true); }, "02 01", nullptr},
-      {[](QXBase& o) { o.SetData<int>("v", 0x01020304); }, "01 04030201", "01 01020304"},
-      {[](QXBase& o) { o.SetData<float>("v", 1.5f); }, "04 0000C03F", "04 3FC00000"},
-      {[](QXBase& o) { o.SetData<double>("v", 0.1); }, "08 9A999999 9999B93F",
-       "08 3FB99999 9999999A"},
-      {[](QXBase& o) { o.SetData<std::string>("v", "ab"); }, "10 82 'ab'", nullptr},
-      {[](QXBase& o) { o.SetData<std::string>("v", ""); }, "10 80", nullptr},
-      {SetArray<int, 0x01020304, -2>, "20 88 04030201 FEFFFFFF", "20 88 01020304 FFFFFFFE"},
-      {SetArray<unsigned, 0x80000001>, "40 84 01000080", "40 84 80000001"},
-      {SetArray<bool, true, false, true>, "03 83 010001", nullptr},
-      {[](QXBase& o) {
-         const float values[] = {1.5f, -0.0f};
-         o.SetData("v", values, 2);
-       },
-       "05 88 0000C03F 00000080", "05 88 3FC00000 80000000"},
-      {[](QXBase& o) {
-         const double value = -1.5;
-         o.SetData("v", &value, 1);
-       },
-       "11 88 00000000 0000F8BF", "11 88 BFF80000 00000000"},
-      {[](QXBase& o) {
-         const QXHalfFloat values[] = {1.5f, -2.0f};
-         o.SetData("v", values, 2);
-       },
-       "12 01 84 003E 00C0", "12 00 84 3E00 C000"},
-      {SetArray<char, 'x', 'y'>, "06 82 'xy'", nullptr},
-      {SetArray<unsigned char, 0, 255>, "07 82 00FF", nullptr},
-      {SetVector<bool, true, false, true>, "50 83 010001", nullptr},
-      {SetVector<bool>, "50 80", nullptr},
-      {SetVector<char, 'a', -1>, "51 82 61FF", nullptr},
-      {SetVector<unsigned char, 128, 127>, "52 82 807F", nullptr},
-      {SetVector<short, 0x0102, -2>, "53 01 84 0201 FEFF", "53 FE 84 0102 FFFE"},
-      {SetVector<unsigned short, 0xFF00>, "54 01 82 00FF", "54 00 82 FF00"},
-      {SetVector<int, 0x0A0B0C0D>, "55 84 0D0C0B0A", "55 84 0A0B0C0D"},
-      {SetVector<int>, "55 80", "55 80"},
-      {SetVector<unsigned, 1, 0xFFFFFFFE>, "56 88 01000000 FEFFFFFF", "56 88 00000001 FFFFFFFE"},
-      {[](QXBase& o) { o.SetData<std::vector<float>>("v", {0.1f}); }, "57 84 CDCCCC3D",
-       "57 84 3DCCCCCD"},
-      {[](QXBase& o) { o.SetData<std::vector<double>>("v", {1.5}); }, "58 88 00000000 0000F83F",
-       "58 88 3FF80000 00000000"},
-      {[](QXBase& o) { o.SetData<std::vector<QXHalfFloat>>("v", {65504.0f}); }, "61 01 82 FF7B",
-       "61 02 82 7BFF"},
-  };
+      {Value(true), "02 01", nullptr},
+      {Value(0x01020304), "01 04030201", "01 01020304"},
+      {Value(1.5f), "04 0000C03F", "04 3FC00000"},
+      {Value(0.1), "08 9A999999 9999B93F", "08 3FB99999 9999999A"},
+      {Value(std::string("ab")), "10 82 'ab'", nullptr},
+      {Value(std::string()), "10 80", nullptr},
+      {Array<int>({0x01020304, -2}), "20 88 04030201 FEFFFFFF", "20 88 01020304 FFFFFFFE"},
+      {Array<unsigned>({0x80000001}), "40 84 01000080", "40 84 80000001"},
+      {Array<bool>({true, false}), "03 82 0100", nullptr},
+      {Array<float>({1.5f, -0.0f}), "05 88 0000C03F 00000080", "05 88 3FC00000 80000000"},
+      {Array<double>({-1.5}), "11 88 00000000 0000F8BF", "11 88 BFF80000 00000000"},
+      {Array<QXHalfFloat>({1.5f, -2.0f}), "12 01 84 003E 00C0", "12 00 84 3E00 C000"},
+      {Array<char>({'x', 'y'}), "06 82 'xy'", nullptr},
+      {Array<unsigned char>({0, 255}), "07 82 00FF", nullptr},
+      {Value(Vector<bool>{true, false, true}), "50 83 010001", nullptr},
+      {Value(Vector<bool>{}), "50 80", nullptr},
+      {Value(Vector<char>{'a', -1}), "51 82 61FF", nullptr},
+      {Value(Vector<unsigned char>{128, 127}), "52 82 807F", nullptr},
+      {Value(Vector<short>{0x0102, -2}), "53 01 84 0201 FEFF", "53 FE 84 0102 FFFE"},
+      {Value(Vector<unsigned short>{0xFF00}), "54 01 82 00FF", "54 00 82 FF00"},
+      {Value(Vector<int>{0x0A0B0C0D}), "55 84 0D0C0B0A", "55 84 0A0B0C0D"},
+      {Value(Vector<int>{}), "55 80", nullptr},
+      {Value(Vector<unsigned>{1, 0xFE}), "56 88 01000000 FE000000", "56 88 00000001 000000FE"},
+      {Value(Vector<float>{0.1f}), "57 84 CDCCCC3D", "57 84 3DCCCCCD"},
+      {Value(Vector<double>{1.5}), "58 88 00000000 0000F83F", "58 88 3FF80000 00000000"},
+      {Value(Vector<QXHalfFloat>{65504.0f}), "61 01 82 FF7B", "61 02 82 7BFF"}};
   return forms;
 }
 
