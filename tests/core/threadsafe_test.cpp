@@ -159,20 +159,22 @@ TEST(QXMemPool, ServesEachModeFromItsCache) {
   for (const auto& c : cases) {
     SCOPED_TRACE(c.mode);
     const WithMode with(c.mode);
-    EXPECT_EQ(Pool::cachePtr(), c.expected);
-    OnOtherThread([&c] {
-      QXVirtualCache* const cache = Pool::cachePtr();
-      EXPECT_EQ(cache, c.mode == 6    ? Pool::BoundedCacheThreadLocal()
-                       : c.mode == 10 ? Pool::UnboundedCacheThreadLocal()
-                                      : c.expected);
-      EXPECT_EQ(cache == c.expected, !(c.mode & QXMemPoolMode::ThreadLocal));
+    const auto expect = [&c](QXVirtualCache* cache) {
+      EXPECT_EQ(Pool::cachePtr(), cache);
       void* const block = Pool::Pop();
       Pool::Push(block);
-      if (c.mode == 16) return;
+      if (c.mode == QXMemPoolMode::System) return;
       EXPECT_EQ(cache->Pop(), block) << "the short way leads to the same cache";
       cache->Push(block);
+    };
+    expect(c.expected);
+    OnOtherThread([&] {
+      expect(c.mode == 6    ? Pool::BoundedCacheThreadLocal()
+             : c.mode == 10 ? Pool::UnboundedCacheThreadLocal()
+                            : c.expected);
     });
   }
+  OnOtherThread([] { EXPECT_NE(Pool::UnboundedCacheThreadLocal(), Pool::UnboundedCacheNormal()); });
 }
 
 TEST(QXMemPool, FallsBackOnTheAllocatorInAnIllegalMode) {
