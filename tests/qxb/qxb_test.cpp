@@ -262,6 +262,14 @@ TEST(QXBUnknown, IsKeptPassedOnAndNeverHalf) {
         std::string("QXUnknownQXBData=(Notes,0,") + (size == 3 ? "616263) " : ") ");
     EXPECT_EQ(Describe(object), item + item);
   }
+  // In the form that each came in: long, a code alone, a long form of a short name.
+  QXContainer object;
+  qxisstream in(UnknownRecords());
+  EXPECT_EQ(ReadAll(in, object, QXBinaryIOHandler()), 0u);
+  qxosstream out;
+  for (QXIter<QXBaseData> it = object.GetDataIter(QXUnknownQXBDataTagName()); it; ++it)
+    EXPECT_TRUE(QXBWriteUnknown(out, static_cast<QXBaseDataT<QXUnknownQXBData>&>(*it).GetValue()));
+  EXPECT_EQ(out.str(), UnknownRecords());
 }
 
 }  // namespace
