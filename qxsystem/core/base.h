@@ -128,6 +128,9 @@ public:
   QXIterBase<QXBaseData>* GetDataIter(unsigned tag) const;
   QXIterBase<QXBaseData>* GetDataIter(const char* tag) const { return GetDataIter(QXGetTag(tag)); }
 
+  /// All items without a cursor, null when there is no list yet.
+  const std::vector<QXBaseData*>* Items() const { return impl_ ? &impl_->Items() : nullptr; }
+
   /// Appends copies of the items of `other`, which may be this object.
   QXBase& operator+=(const QXBase& other);
 
