@@ -128,29 +128,31 @@ bool OnlyBlanks(const char* p, const char* end) {
   return p == end;
 }
 
-// Short decimal numbers without exponent, as they mostly are. Up to 15 digits
-// and the power of ten that divides them are doubles without error, so that the
-// one division rounds as strtod does. (Clinger, PLDI 1990, 92-101.)
+// Short decimal numbers without exponent, as they mostly are. In 16 characters
+// there are at most 15 digits and a point, or 16 digits. The 15 digits and the
+// power of ten that divides them are doubles without error, so that the one
+// division rounds as strtod does (Clinger, PLDI 1990, 92-101); the 16 digits are
+// rounded when they become a double.
 bool ReadShortDecimal(const char* p, const char* end, double& out) {
-  static constexpr double powersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                           1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
-  constexpr std::ptrdiff_t maxDigits = 15;
+  static constexpr double powers[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                      1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
   const bool negative = *p == '-';
   p += negative;
-  if (end - p > maxDigits + 1) return false;
+  if (end - p > 16) return false;
   const char* const first = p;
   long mantissa = 0;
   unsigned digit;
   for (; (digit = DecimalDigit(*p)) < 10; ++p) mantissa = mantissa * 10 + digit;
-  const std::ptrdiff_t whole = p - first;
+  std::ptrdiff_t digits = p - first;
   std::ptrdiff_t decimals = 0;
   if (*p == '.') {
-    const char* const point = p++;
+    const char* const fraction = ++p;
     for (; (digit = DecimalDigit(*p)) < 10; ++p) mantissa = mantissa * 10 + digit;
-    decimals = p - point - 1;
+    decimals = p - fraction;
+    digits += decimals;
   }
-  if (p != end || whole + decimals == 0 || whole + decimals > maxDigits) return false;
-  const double magnitude = static_cast<double>(mantissa) / powersOfTen[decimals];
+  if (p != end || digits == 0) return false;
+  const double magnitude = static_cast<double>(mantissa) / powers[decimals];
   out = negative ? -magnitude : magnitude;
   return true;
 }
