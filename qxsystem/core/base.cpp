@@ -21,7 +21,8 @@ QXBaseImpl::QXBaseImpl() {
   data_.reserve(Few);
 }
 
-QXBaseImpl::QXBaseImpl(const QXBaseImpl& other) {
+// Delegates, so that the copies made are deleted when one more cannot be.
+QXBaseImpl::QXBaseImpl(const QXBaseImpl& other) : QXBaseImpl() {
   AppendCopies(other);
 }
 
@@ -105,7 +106,11 @@ QXBase& QXBase::operator=(const QXBase& other) {
 // are deleted.
 QXBase& QXBase::operator=(QXBase&& other) noexcept {
   if (this == &other) return *this;
-  std::unique_ptr<QXBaseImpl> old(std::exchange(impl_, std::exchange(other.impl_, nullptr)));
+  if (!other.impl_) {
+    Clear();
+  } else {
+    std::unique_ptr<QXBaseImpl> old(std::exchange(impl_, std::exchange(other.impl_, nullptr)));
+  }
   return *this;
 }
 
