@@ -128,6 +128,9 @@ public:
   QXIterBase<QXBaseData>* GetDataIter(unsigned tag) const;
   QXIterBase<QXBaseData>* GetDataIter(const char* tag) const { return GetDataIter(QXGetTag(tag)); }
 
+  /// All items without a cursor, null when there is no list yet.
+  const std::vector<QXBaseData*>* Items() const { return impl_ ? &impl_->Items() : nullptr; }
+
   /// Appends copies of the items of `other`, which may be this object.
   QXBase& operator+=(const QXBase& other);
 
@@ -190,7 +193,7 @@ template <class T>
 bool QXBase::SetData(unsigned tag, T value) {
   QXBaseData* item = impl_ ? impl_->FindData(tag) : nullptr;
   if (!item) return AddData<T>(tag, std::move(value));
-  if (item->GetDataType() != QXGetDataType<T>()) return QXBaseImpl::CheckTypeWarning();
+  if (!item->Holds<T>()) return QXBaseImpl::CheckTypeWarning();
   if constexpr (std::is_pointer_v<T> && std::is_object_v<std::remove_pointer_t<T>>) {
     // An owned array must not end up holding a pointer that it would free.
     if (dynamic_cast<QXBaseDataTPtr<T>*>(item)) {
@@ -220,8 +223,7 @@ bool QXBase::SetData(unsigned tag, const T* array, unsigned n) {
 template <class T>
 std::conditional_t<std::is_scalar_v<T>, T, const T&> QXBase::GetData(unsigned tag) const {
   if (const QXBaseData* item = impl_ ? impl_->FindData(tag) : nullptr) {
-    if (item->GetDataType() == QXGetDataType<T>())
-      return static_cast<const QXBaseDataT<T>*>(item)->GetValue();
+    if (item->Holds<T>()) return static_cast<const QXBaseDataT<T>*>(item)->GetValue();
     QXBaseImpl::CheckTypeWarning();
   }
   return QXBaseImpl::GetDefaultData<T>();

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <type_traits>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -34,6 +35,10 @@ public:
   /// The tag id of the name.
   unsigned GetTag() const { return tag_; }
 
+  /// Whether the value's type is T.
+  template <class T>
+  bool Holds() const;
+
 protected:
   explicit QXBaseData(unsigned tag) : tag_(tag) {}
   QXBaseData(const QXBaseData&) = default;
@@ -42,6 +47,9 @@ protected:
 private:
   unsigned tag_;
 };
+
+template <class T>
+class QXSYSTEM_API QXBaseDataT;
 
 /// An item that holds a value of the copyable type T.
 ///
@@ -65,6 +73,11 @@ protected:
 private:
   T value_;
 };
+
+template <class T>
+bool QXBaseData::Holds() const {
+  return &typeid(*this) == &typeid(QXBaseDataT<T>) || GetDataType() == QXGetDataType<T>();
+}
 
 template <class P>
 class QXSYSTEM_API QXBaseDataTPtr;
