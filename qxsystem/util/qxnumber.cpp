@@ -179,13 +179,13 @@ bool ReadDecimal(const char* p, const char* end, double& out) {
 
 template <class T>
 std::string PrintReal(T value, char format, int precision) {
-  std::string spec = "%.*";
-  if constexpr (std::is_same_v<T, long double>) spec += 'L';
-  spec += format;
+  std::string conversion = "%.*";
+  if constexpr (std::is_same_v<T, long double>) conversion += 'L';
+  conversion += format;
   const CLocaleScope numbersOfC;
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
-  return QXMakeString(spec.c_str(), precision, value);
+  return QXMakeString(conversion.c_str(), precision, value);
 #pragma GCC diagnostic pop
 }
 
