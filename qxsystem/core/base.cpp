@@ -17,10 +17,12 @@ QX_INSTANTIATE_DATA(template);
 template class QXBaseDataT<QXContainer>;
 template class QXBaseDataT<std::vector<QXContainer>>;
 
-QXBaseImpl::QXBaseImpl() = default;
+QXBaseImpl::QXBaseImpl() {
+  data_.reserve(Few);
+}
 
-QXBaseImpl::QXBaseImpl(const QXBaseImpl& other) {
-  data_.reserve(other.data_.size());
+// Delegates, so that the copies made are deleted when one more cannot be.
+QXBaseImpl::QXBaseImpl(const QXBaseImpl& other) : QXBaseImpl() {
   AppendCopies(other);
 }
 
@@ -29,6 +31,7 @@ QXBaseImpl& QXBaseImpl::operator=(const QXBaseImpl& other) {
   if (this == &other) return *this;
   QXBaseImpl copies(other);
   data_.swap(copies.data_);
+  tags_ = copies.tags_;
   return *this;
 }
 
@@ -41,9 +44,10 @@ void QXBaseImpl::Clear() {
   data_.clear();
 }
 
-void QXBaseImpl::Append(std::unique_ptr<QXBaseData> item) {
-  data_.push_back(item.get());
-  item.release();
+QXBaseData* QXBaseImpl::FindBehindFew(unsigned tag) const {
+  const auto found = std::find_if(data_.begin() + Few, data_.end(),
+                                  [tag](const QXBaseData* item) { return item->GetTag() == tag; });
+  return found != data_.end() ? *found : nullptr;
 }
 
 void QXBaseImpl::Replace(const QXBaseData* old, std::unique_ptr<QXBaseData> item) {
@@ -53,20 +57,26 @@ void QXBaseImpl::Replace(const QXBaseData* old, std::unique_ptr<QXBaseData> item
 
 void QXBaseImpl::AppendCopies(const QXBaseImpl& other) {
   const std::size_t count = other.data_.size();
-  for (std::size_t i = 0; i < count; ++i)
-    Append(std::unique_ptr<QXBaseData>(other.data_[i]->CreateCopy()));
+  if (const std::size_t all = data_.size() + count; all > data_.capacity())
+    data_.reserve(std::max(all, 2 * data_.capacity()));
+  for (std::size_t i = 0; i < count; ++i) {
+    data_.push_back(other.data_[i]->CreateCopy());
+    NoteTag(data_.size() - 1);
+  }
 }
 
 bool QXBaseImpl::DeleteData(unsigned tag) {
-  auto keep = data_.begin();
+  std::size_t kept = 0;
   for (QXBaseData* item : data_) {
-    if (item->GetTag() == tag)
+    if (item->GetTag() == tag) {
       delete item;
-    else
-      *keep++ = item;
+    } else {
+      data_[kept] = item;
+      NoteTag(kept++);
+    }
   }
-  const bool found = keep != data_.end();
-  data_.erase(keep, data_.end());
+  const bool found = kept != data_.size();
+  data_.resize(kept);
   return found;
 }
 
@@ -96,7 +106,11 @@ QXBase& QXBase::operator=(const QXBase& other) {
 // are deleted.
 QXBase& QXBase::operator=(QXBase&& other) noexcept {
   if (this == &other) return *this;
-  std::unique_ptr<QXBaseImpl> old(std::exchange(impl_, std::exchange(other.impl_, nullptr)));
+  if (!other.impl_) {
+    Clear();
+  } else {
+    std::unique_ptr<QXBaseImpl> old(std::exchange(impl_, std::exchange(other.impl_, nullptr)));
+  }
   return *this;
 }
 

@@ -2,6 +2,9 @@
 // apart because its templates need it.
 #pragma once
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <memory>
 #include <vector>
 
@@ -13,7 +16,8 @@ namespace QXSystem {
 /// An owning list of items in order of insertion.
 ///
 /// There is no index: an object carries few items, and a scan from the front
-/// is what makes the first item of a tag win.
+/// is what makes the first item of a tag win. For the first few items the scan
+/// goes over their tags alone, which stand side by side here.
 class QXSYSTEM_API QXBaseImpl {
 public:
   QXBaseImpl();
@@ -26,8 +30,11 @@ public:
 
   /// The first item with `tag`, null when there is none.
   QXBaseData* FindData(unsigned tag) const {
-    for (QXBaseData* item : data_)
-      if (item->GetTag() == tag) return item;
+    const std::size_t count = data_.size();
+    for (std::size_t i = 0; i < count; ++i) {
+      if (i == Few) return FindBehindFew(tag);
+      if (tags_[i] == tag) return data_[i];
+    }
     return nullptr;
   }
 
@@ -35,9 +42,14 @@ public:
   const std::vector<QXBaseData*>& Items() const { return data_; }
 
   /// Puts `item` behind the others.
-  void Append(std::unique_ptr<QXBaseData> item);
+  void Append(std::unique_ptr<QXBaseData> item) {
+    data_.push_back(item.get());
+    NoteTag(data_.size() - 1);
+    item.release();
+  }
 
-  /// Puts `item` in the place of `old`, which is in the list and is deleted.
+  /// Puts `item` in the place of `old`, which is in the list, has the same tag,
+  /// and is deleted.
   void Replace(const QXBaseData* old, std::unique_ptr<QXBaseData> item);
 
   /// Appends copies of the items that `other`, which may be this list, has now.
@@ -58,7 +70,17 @@ public:
   }
 
 private:
-  std::vector<QXBaseData*> data_;  // owned, in order of insertion
+  static constexpr std::size_t Few = 8;
+
+  QXBaseData* FindBehindFew(unsigned tag) const;
+
+  // Has to follow whatever puts an item at `place`.
+  void NoteTag(std::size_t place) {
+    if (place < Few) tags_[place] = data_[place]->GetTag();
+  }
+
+  std::vector<QXBaseData*> data_;     // owned, in order of insertion
+  std::array<unsigned, Few> tags_{};  // those of the first items
 };
 
 }  // namespace QXSystem

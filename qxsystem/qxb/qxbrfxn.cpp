@@ -2,19 +2,19 @@
 
 #include <unordered_map>
 
+#include <qxsystem/core/tagmap_private.h>
 #include <qxsystem/qxb/qxb_private.h>
 #include <qxsystem/qxb/qxbitem_private.h>
 
 namespace QXSystem {
 namespace {
 
-// Gives a code without a name the name that stands for it. False for what can
+// The name of what a tag names: a code without a name is known by its number,
+// by which the writer finds it again, kept in `numbered`. Empty for what can
 // name no item: a code above 127, or a long tag whose name is empty.
-bool CompleteName(std::string& name, unsigned char code) {
-  if (!name.empty()) return true;
-  if (code == 0 || code > 127) return false;
-  name = NumberedName(code);
-  return true;
+std::string_view ItemName(std::string_view name, unsigned char code, std::string& numbered) {
+  if (!name.empty() || code == 0 || code > 127) return name;
+  return numbered = std::string(NumberedPrefix) + std::to_string(code);
 }
 
 // Finds the first item of a name in a list that grows while it is read. A few
@@ -63,9 +63,15 @@ void KeepUnread(QXBase& object, FirstItems& firsts, unsigned tag, QXUnknownQXBDa
 // Reads the name that leads a handled value's body. A name with nothing behind
 // it is the whole body of an empty value, so the end of the stream is no
 // failure here.
-bool ReadBodyName(qxistream& in, std::string& name) {
+bool ReadBodyName(qxisstream& in, unsigned& tag) {
   unsigned char code;
-  return ReadTag(in, name, code) != TagRead::None && CompleteName(name, code);
+  std::string_view name;
+  std::string numbered;
+  if (ReadTag(in, name, code) == TagRead::None) return false;
+  name = ItemName(name, code, numbered);
+  if (name.empty()) return false;
+  tag = TagOfName(name);
+  return true;
 }
 
 // A value in its envelope, from its nested length on.
@@ -84,13 +90,13 @@ unsigned ReadHandled(BlockReader& block, FirstItems& firsts, const QXBinaryIOHan
   if (const auto* fxn = QXFindReadFxn<QXBase>(handler, functor.name.c_str()))
     return (*fxn)(nested, block.object, functor.length, handler);
 
-  std::string name;
-  if (!ReadBodyName(nested, name)) return QXBReturn::IncorrectHandlerType;
+  unsigned tag;
+  if (!ReadBodyName(nested, tag)) return QXBReturn::IncorrectHandlerType;
   nested.seek(0);
   QXUnknownQXBData kept(nested, QXGetDataType<QXBase>(), length, functor.name.c_str(),
                         functor.code);
   if (!kept) return QXBReturn::IncorrectSize;  // no memory for its bytes
-  KeepUnread(block.object, firsts, QXGetTag(name), std::move(kept));
+  KeepUnread(block.object, firsts, tag, std::move(kept));
   return QXBReturn::Success;
 }
 
@@ -101,7 +107,8 @@ unsigned ReadItem(BlockReader& block, FirstItems& firsts, const QXBinaryIOHandle
     return QXBReturn::ReadTagFailed;
   // The value of an item without a name is read all the same, then the walk
   // ends.
-  const bool named = CompleteName(block.name, tagCode);
+  block.name = ItemName(block.name, tagCode, block.numbered);
+  const bool named = !block.name.empty();
   const auto typeCode = static_cast<unsigned char>(block.in.get());
 
   unsigned status = QXBReturn::Success;
@@ -131,10 +138,7 @@ QXBPayload::QXBPayload(qxistream& in, unsigned long length) {
 QXBPayload::~QXBPayload() = default;
 
 bool QXBPayload::ReadValueName(unsigned& tag) {
-  std::string name;
-  if (!ReadBodyName(stream_, name)) return false;
-  tag = QXGetTag(name);
-  return true;
+  return ReadBodyName(stream_, tag);
 }
 
 unsigned QXBReadQXBase(qxistream& in, QXBase& object, unsigned long length,

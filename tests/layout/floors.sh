@@ -13,7 +13,7 @@ includes=$(grep -rEo '^#include [<"]qxsystem/[^>"]+' qxsystem --include='*.h' --
 faults=$(awk '
   function floor(path) {
     if (path ~ /^qxsystem\/platform\//) return 0
-    if (path ~ /^qxsystem\/core\/(export|error|errorimpl|errortest|mainthread_private|tagmap|datatype|threadsafe|memcache|version)\./) return 1
+    if (path ~ /^qxsystem\/core\/(export|error|errorimpl|errortest|mainthread_private|tagmap|tagmap_private|datatype|threadsafe|memcache|version)\./) return 1
     if (path ~ /^qxsystem\/util\/hanoi\./) return 1
     if (path ~ /^qxsystem\/core\//) return 2
     if (path ~ /^qxsystem\/(util|numerics|colour)\//) return 3

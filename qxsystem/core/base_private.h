@@ -1,0 +1,17 @@
+// The items of an object for the library's own walks, without a cursor.
+#pragma once
+
+#include <vector>
+
+#include <qxsystem/core/base.h>
+
+namespace QXSystem {
+
+struct QXBaseAccess {
+  /// All items, in order; null when there never was one.
+  static const std::vector<QXBaseData*>* Items(const QXBase& object) {
+    return object.impl_ ? &object.impl_->Items() : nullptr;
+  }
+};
+
+}  // namespace QXSystem
