@@ -344,8 +344,8 @@ bool qxifstream::open(const char* name) {
     return false;
   }
   // Some file systems have regular files that can only be read in order.
-  seekable_ = (S_ISREG(status.st_mode) || S_ISBLK(status.st_mode)) &&
-              ::lseek(fd_, 0, SEEK_CUR) == 0;
+  seekable_ =
+      (S_ISREG(status.st_mode) || S_ISBLK(status.st_mode)) && ::lseek(fd_, 0, SEEK_CUR) == 0;
   SetFailed(false);
   return true;
 }

@@ -115,7 +115,8 @@ public:
   qxistream& operator>>(double& value);
   qxistream& operator>>(std::string& value);
 
-  /// Moves what is left of the stream to `out`, as far as that takes it. What `out` refuses stays here.
+  /// Moves what is left of the stream to `out`, as far as that takes it. What `out` refuses stays
+  /// here.
   qxistream& operator>>(qxostream& out);
 
   /// Calls the manipulator.
