@@ -6,8 +6,8 @@
 //       Use(*item);
 //
 // Unless its class says otherwise, a cursor owns nothing and looks straight into
-// the container it walks, whose end, or any change of which, ends its use. Moving an invalid cursor is no error. Reading from one
-// is the caller's fault; only empty cursors report it.
+// the container it walks, whose end, or any change of which, ends its use. Moving an invalid cursor
+// is no error. Reading from one is the caller's fault; only empty cursors report it.
 //
 // A cursor belongs to one thread at a time and, its memory being pooled, is
 // deleted on the thread that made it; two threads may walk two copies.
@@ -44,8 +44,8 @@ public:
   ///
   /// The result owns this cursor, too, and takes its place in the caller's
   /// hands. It stands where this cursor stands, or, if this one is not valid, moves
-  /// on as by `++`: from its end to the first element of `other`. When an exception leaves, this cursor is
-  /// still the caller's and `other` is deleted.
+  /// on as by `++`: from its end to the first element of `other`. When an exception leaves, this
+  /// cursor is still the caller's and `other` is deleted.
   virtual QXIterBase<T>* Push(QXIterBase<T>* other);
 
   // Movement; the result is the cursor itself. A negative count moves the

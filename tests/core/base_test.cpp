@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
 #include <string>
 #include <vector>
 
@@ -203,6 +204,29 @@ TEST(QXBase, TakesFromItsOwnValues) {
   nested.SetBaseData(QXIter<QXBaseData>(nested.GetDataIter("child")).operator->());
   EXPECT_EQ(Items(nested), "first0 child child ");
   EXPECT_EQ(Items(own(nested)), expected);
+}
+
+// Counts its living copies; the third copy of one cannot be made.
+struct Fragile {
+  static inline int alive = 0, copies = 0;
+  Fragile() { ++alive; }
+  Fragile(Fragile&&) noexcept { ++alive; }
+  Fragile(const Fragile&) {
+    if (++copies == 3) throw std::bad_alloc();
+    ++alive;
+  }
+  Fragile& operator=(const Fragile&) = default;
+  ~Fragile() { --alive; }
+};
+
+TEST(QXBase, LosesNothingWhenACopyCannotBeMade) {
+  QXContainer source, target = Ints("t", {1});
+  for (int i = 0; i < 4; ++i) source.AddData<Fragile>("f", Fragile());
+  EXPECT_THROW(QXContainer copy(source), std::bad_alloc);
+  Fragile::copies = 0;
+  EXPECT_THROW(target = source, std::bad_alloc);
+  EXPECT_EQ(Fragile::alive, 4);
+  EXPECT_EQ(Items(target), "t1 ");
 }
 
 TEST(QXBase, KnowsItsClassAndBases) {
