@@ -105,7 +105,7 @@ bool SDReader::ReadAtoms(unsigned count, SDMolecule& molecule) {
     if (!Line() || line_ == "$$$$")
       return Fail("the molecule ends after " + std::to_string(i) + " of " + std::to_string(count) +
                   " atoms");
-    for (std::size_t column : {0, 10, 20}) {
+    for (std::size_t column = 0; column < 30; column += 10) {
       float value;
       if (!Parse(Columns(line_, column, 10), value) || !std::isfinite(value))
         return Fail("no coordinate in columns " + std::to_string(column + 1) + " to " +

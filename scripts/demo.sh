@@ -9,8 +9,12 @@ set -euo pipefail
 file=${1:-$root/examples/data/small.sdf}
 
 need_packages "${build_packages[@]}"
+echo "Building the library and examples/typical_run" >&2
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
-{ configure release && build release --target typical_run; } >"$log" 2>&1 || { cat "$log" >&2; exit 1; }
+if ! { configure release && build release --target typical_run; } >"$log" 2>&1; then
+  cat "$log" >&2
+  exit 1
+fi
 mkdir -p "$root/build/release/demo"
 "$root/build/release/bin/typical_run" "$file" "$root/build/release/demo"

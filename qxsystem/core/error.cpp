@@ -16,14 +16,16 @@ __attribute__((init_priority(101))) QXErrorHandler QXThrow;
 
 namespace {
 
-const QXErrorHandlerImplBase* IfPlain(const QXErrorHandlerImplBase* impl) {
-  return typeid(*impl) == typeid(QXErrorHandlerStreamImpl) ? impl : nullptr;
+QXErrorHandlerStreamImpl* IfPlain(QXErrorHandlerImplBase* impl) {
+  return typeid(*impl) == typeid(QXErrorHandlerStreamImpl)
+             ? static_cast<QXErrorHandlerStreamImpl*>(impl)
+             : nullptr;
 }
 
 }  // namespace
 
 QXErrorHandler::QXErrorHandler()
-    : impl_(new QXErrorHandlerStreamImpl), owned_(true), plain_(impl_) {}
+    : impl_(new QXErrorHandlerStreamImpl), owned_(true), plain_(IfPlain(impl_)) {}
 
 QXErrorHandler::QXErrorHandler(QXErrorHandler& other)
     : impl_(other.owned_ ? other.impl_->CreateCopy() : other.impl_),
@@ -88,7 +90,10 @@ inline bool QXErrorHandler::Drops(unsigned level) const {
   char text[8192];
   text[0] = '\0';
   if (format != nullptr) std::vsnprintf(text, sizeof text, format, args);
-  impl_->Msg(level, text);
+  if (plain_ != nullptr)
+    plain_->Report(level, text);
+  else
+    impl_->Msg(level, text);
 }
 
 void QXErrorHandler::Msg(unsigned level, const char* format, ...) {

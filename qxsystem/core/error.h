@@ -14,6 +14,7 @@ class qxostream;
 namespace QXSystem {
 
 class QXErrorHandlerImplBase;
+class QXErrorHandlerStreamImpl;
 
 /// Levels of messages, ordered by weight. A message is shown when its level is
 /// at least the level of the handler.
@@ -119,7 +120,7 @@ private:
 
   // impl_ if it is a QXErrorHandlerStreamImpl and of no class derived from it,
   // else null: of that one we know beforehand which messages leave no trace.
-  const QXErrorHandlerImplBase* plain_;
+  QXErrorHandlerStreamImpl* plain_;
 };
 
 /// The handler of the process, usable from the first static constructor above

@@ -3,7 +3,9 @@
 #include <pthread.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <memory>
 
 namespace QXSystem {
 namespace {
@@ -24,17 +26,36 @@ bool IsLevel(unsigned level) {
   return level >= QXErrorLevel::Debug && level <= QXErrorLevel::Quiet;
 }
 
-std::string Line(unsigned level, const std::string& text) {
-  const std::string prefix = IsLevel(level)
-                                 ? levels[level].prefix
-                                 : "Unknown Error Level(" + std::to_string(level) + "): ";
-  std::string line;
-  line.reserve(prefix.size() + text.size() + 1);
-  line += prefix;
-  line += text;
-  line += '\n';
-  return line;
-}
+// A message as it is printed, in one piece; allocates only for a long one.
+class Line {
+public:
+  Line(unsigned level, std::string_view text) {
+    std::string unknown;
+    std::string_view prefix;
+    if (IsLevel(level)) {
+      prefix = levels[level].prefix;
+    } else {
+      unknown = "Unknown Error Level(" + std::to_string(level) + "): ";
+      prefix = unknown;
+    }
+    size_ = prefix.size() + text.size() + 1;
+    if (size_ > sizeof short_) long_.reset(new char[size_]);
+    char* end = data();
+    end = std::copy(prefix.begin(), prefix.end(), end);
+    end = std::copy(text.begin(), text.end(), end);
+    *end = '\n';
+  }
+
+  const char* data() const { return long_ ? long_.get() : short_; }
+  std::size_t size() const { return size_; }
+
+private:
+  char* data() { return long_ ? long_.get() : short_; }
+
+  std::size_t size_;
+  std::unique_ptr<char[]> long_;
+  char short_[512];
+};
 
 // `exit` must not run on two threads at once, so all but the first wait here
 // for the end. A destructor that runs during `exit` may end the process too:
@@ -119,13 +140,17 @@ QXErrorHandlerStreamImpl& QXErrorHandlerStreamImpl::operator=(
 }
 
 void QXErrorHandlerStreamImpl::Msg(unsigned level, const std::string& text) {
+  Report(level, text);
+}
+
+void QXErrorHandlerStreamImpl::Report(unsigned level, std::string_view text) {
   if (GetLevel() <= level) {
     if (level == QXErrorLevel::Error)
       level = GetStrict() ? QXErrorLevel::Fatal : QXErrorLevel::Warning;
-    const std::string line = Line(level, text);
+    const Line line(level, text);
     const std::lock_guard<std::mutex> lock(mutex_);
     if (level != QXErrorLevel::Quiet) {
-      out_->write(line);
+      out_->write(line.data(), line.size());
       out_->flush();
     }
     IncrementCount(level);

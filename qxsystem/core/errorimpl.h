@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <mutex>
 #include <string>
+#include <string_view>
 
 #include <qxsystem/core/error.h>
 #include <qxsystem/platform/ostream.h>
@@ -110,6 +111,11 @@ public:
   QXErrorHandlerImplBase* CreateCopy() const override;
 
 private:
+  friend class QXErrorHandler;
+
+  // What `Msg` of this class does.
+  void Report(unsigned level, std::string_view text);
+
   QXPlatform::qxostream* out_;
   std::mutex mutex_;  // held while a message is written and counted
 };

@@ -173,8 +173,6 @@ std::string QXPushQXThrowTest::GetErrorMessage() const {
   return "Failure: " + LogText(log) + '\n' + missing;
 }
 
-QXPushQXThrowHasNoMessages::QXPushQXThrowHasNoMessages() = default;
-
 QXPushQXThrowHasNoMessages::QXPushQXThrowHasNoMessages(const std::vector<unsigned>& excluded)
     : excluded_(excluded) {}
 

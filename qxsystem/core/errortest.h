@@ -139,8 +139,7 @@ public:
 /// Expects no message at the levels 1 to 8, other than those excluded.
 class QXSYSTEM_API QXPushQXThrowHasNoMessages : public QXPushSimpleQXThrowTester {
 public:
-  QXPushQXThrowHasNoMessages();
-  explicit QXPushQXThrowHasNoMessages(const std::vector<unsigned>& excluded);
+  explicit QXPushQXThrowHasNoMessages(const std::vector<unsigned>& excluded = {});
   ~QXPushQXThrowHasNoMessages() noexcept(false) override;
 
   std::string GetErrorMessage() const;

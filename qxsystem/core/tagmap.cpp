@@ -172,10 +172,10 @@ public:
       blocks[id >> 16].store(new Block, std::memory_order_release);
     if (numNames == in->size / 2) in = new Index(in);
     Name(id) = std::move(name);
+    next.store(id + 1, std::memory_order_release);  // before anybody can find the id
     in->Add(hash, id);
     ++numNames;
     index.store(in, std::memory_order_release);
-    next.store(id + 1, std::memory_order_release);
     return id;
   }
 

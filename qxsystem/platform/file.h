@@ -12,8 +12,7 @@ class QXPLATFORM_API QXFile {
 public:
   explicit QXFile(const std::string& name);
 
-  /// True when there is something of that name to be read from, which a
-  /// directory is not.
+  /// True when there is something of that name, other than a directory.
   bool Exists() const;
 
   /// Its size in bytes; -1 when it does not exist, or is of a kind without a

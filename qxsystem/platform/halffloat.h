@@ -4,11 +4,13 @@
 
 #include <cstdint>
 
+#include <qxsystem/platform/export.h>
+
 namespace QXPlatform {
 
 /// A 16-bit floating-point number, for storage: arithmetic is that of `float`,
 /// to which it converts without loss.
-class QXHalfFloat {
+class QXPLATFORM_API QXHalfFloat {
 public:
   constexpr QXHalfFloat() = default;
 

@@ -509,11 +509,22 @@ void qxisstream::_qxclose() {
 qxiwrapperstream::qxiwrapperstream() = default;
 
 qxiwrapperstream::qxiwrapperstream(qxistream* inner, bool own) {
-  qxiwrapperstream::_qxset(inner, own);
+  set(inner, own);
 }
 
 qxiwrapperstream::~qxiwrapperstream() {
   qxiwrapperstream::_qxclear();
+}
+
+void qxiwrapperstream::set(qxistream* inner, bool own) {
+  if (inner != inner_) {
+    // First, since what we own may read from `inner` and gives back to it.
+    if (inner_ != nullptr) GiveBack();
+    if (owned_) delete inner_;
+    inner_ = nullptr;
+    _qxset(inner);
+  }
+  owned_ = own;
 }
 
 bool qxiwrapperstream::open(const char* name) {
@@ -552,7 +563,7 @@ long qxiwrapperstream::_qxsize() {
 }
 
 void qxiwrapperstream::_qxclear() {
-  qxiwrapperstream::_qxset(nullptr, false);
+  set(nullptr, /*own=*/false);
 }
 
 void qxiwrapperstream::_qxclose() {
@@ -561,11 +572,8 @@ void qxiwrapperstream::_qxclose() {
   ShowInner();
 }
 
-void qxiwrapperstream::_qxset(qxistream* inner, bool own) {
-  if (inner_ != nullptr) GiveBack();
-  if (owned_ && inner != inner_) delete inner_;
+void qxiwrapperstream::_qxset(qxistream* inner) {
   inner_ = inner;
-  owned_ = own;
   SetFailed(false);
   ShowInner();
 }

@@ -93,10 +93,14 @@ public:
   long size() { return _qxsize(); }
 
   /// Text extraction: white space is skipped, then the longest text of a value
-  /// is taken. Numbers are decimal, in the form of the C locale. `bool` takes
-  /// 0, 1, "true" and "false"; the `char` kinds take one byte; a string takes
-  /// up to the next white space. Where no value stands, or it is out of range,
-  /// the argument keeps its value and the stream tests false.
+  /// is taken. Numbers are decimal, in the form of the C locale; floating-point
+  /// ones may also be "inf", "infinity" and "nan". `bool` takes 0, 1, "true"
+  /// and "false", these words in any case; the `char` kinds take one byte; a
+  /// string takes up to the next white space.
+  ///
+  /// Where no value stands, or it is out of range, too small for a normal or
+  /// subnormal number included, the argument keeps its value and the stream
+  /// tests false. A stream that tests false extracts nothing more.
   qxistream& operator>>(bool& value);
   qxistream& operator>>(char& value);
   qxistream& operator>>(signed char& value);
@@ -111,7 +115,7 @@ public:
   qxistream& operator>>(double& value);
   qxistream& operator>>(std::string& value);
 
-  /// Copies the rest of the stream into `out`.
+  /// Copies the rest of the stream into `out`. What `out` refuses stays here.
   qxistream& operator>>(qxostream& out);
 
   qxistream& operator>>(qxmanipulator manipulator);
@@ -135,7 +139,7 @@ protected:
   /// See `size`.
   virtual long _qxsize();
 
-  /// Forgets the window and any note of the end, as on a fresh source.
+  /// Forgets what has been read and any note of the end, as on a fresh source.
   virtual void _qxclear();
 
   /// Closes the source.
@@ -197,7 +201,8 @@ public:
   ~qxisstream() override;
 
   /// Reads from `data`. With `copy` the bytes are copied; without, the caller
-  /// keeps them and they must outlive their use here.
+  /// keeps them and they must outlive their use here. False, with nothing
+  /// changed, when `data` is null and `n` is not 0.
   ///
   /// Beware of the next form, which a `char*` argument picks and whose flag
   /// means the opposite.
@@ -239,8 +244,9 @@ public:
   ~qxiwrapperstream() override;
 
   /// Reads from `inner` from now on, null for nothing. With `own` this stream
-  /// deletes it; a previous inner stream that was owned is deleted.
-  void set(qxistream* inner, bool own) { _qxset(inner, own); }
+  /// deletes it; a previous inner stream that was owned is deleted. The present
+  /// one given again changes nothing but the ownership.
+  void set(qxistream* inner, bool own);
 
   /// Lets go of the inner stream and gives back to it what was not read.
   void clear() { _qxclear(); }
@@ -255,7 +261,9 @@ protected:
   long _qxsize() override;
   void _qxclear() override;
   void _qxclose() override;
-  virtual void _qxset(qxistream* inner, bool own);
+
+  /// Shows `inner` from now on; the stream before it has been let go already.
+  virtual void _qxset(qxistream* inner);
 
   /// The stream behind this one, null when there is none.
   qxistream* Inner() const { return inner_; }

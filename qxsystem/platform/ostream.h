@@ -161,6 +161,9 @@ QXPLATFORM_API qxostream& qxendl(qxostream& out);
 
 /// The process's error stream: unbuffered, on file descriptor 2. It exists
 /// before the first static initialiser runs and is never destroyed.
+///
+/// It accepts everything: what the descriptor refuses is lost, and the next
+/// bytes are tried again, so that a full disk can't silence it for good.
 QXPLATFORM_API extern qxostream& qxerr;
 
 /// The process's standard output stream: buffered, on file descriptor 1,

@@ -49,12 +49,12 @@ contents() {
     fail "public headers (<) and installed files (>) differ:"$'\n'"$missing"
 }
 
-# Exported may be: what stands in our namespaces, tables and thunks of it
-# included, and definitions of the standard library's templates, which the
-# compiler emits weak wherever they are used.
+# Exported may be: what stands in our namespaces, with its tables and thunks and
+# the type information of pointers to it; and definitions of the standard
+# library's templates, which the compiler emits weak wherever they are used.
 symbols() {
   local ours name lib bad
-  ours='^_Z(T[VTISHW]|T[hv][n0-9_]+|GV|GR)?Z?N?[rVKRO]*(8QXSystem|10QXPlatform|6QXMath|10QXDataFlow)'
+  ours='^_Z(T[VTISHW]|T[hv][n0-9_]+|GV|GR)?Z?P?K?N?[rVKRO]*(8QXSystem|10QXPlatform|6QXMath|10QXDataFlow)'
   lib=$(libdir "$1")
   for name in qxplatform qxsystem; do
     bad=$(nm -D --defined-only "$lib/lib$name.so" | awk -v ours="$ours" '

@@ -104,6 +104,12 @@ TEST(qxofstream, TellsWhenTheTargetRefuses) {
     EXPECT_FALSE(large);
   }
   std::signal(SIGPIPE, SIG_DFL);
+
+  const int descriptor = ::dup(STDERR_FILENO);  // the lowest free one, taken next
+  ::close(descriptor);
+  qxofstream lost(dir.Path("lost"));
+  ::close(descriptor);
+  EXPECT_FALSE(lost.close()) << "closing itself can fail";
 }
 
 TEST(qxosstream, GrowsAndKeepsItsBytes) {

@@ -1,0 +1,279 @@
+#include <qxsystem/qxb/qxbrfxn.h>
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <new>
+#include <string>
+
+#include <platform/temp_dir.h>
+
+#include "support.h"
+
+using namespace qxbtest;
+
+namespace {
+
+// Reads these bytes as a block's payload.
+unsigned ReadPayload(const std::string& payload, QXBase& object,
+                     const QXBinaryIOHandlerBase& handler = QXBinaryIOHandler()) {
+  qxisstream in(payload);
+  const unsigned status = QXBReadQXBase(in, object, payload.size(), handler);
+  EXPECT_TRUE(in.eof());
+  return status;
+}
+
+// The int 1 under "a", and how Describe shows it.
+const std::string intItem = Hex("00 81 'a' 01 01000000");
+const std::string intText = "a=i:01000000 ";
+
+TEST(QXBRead, GivesEveryValueTypeInBothByteOrders) {
+  for (const StoredForm& form : StoredForms()) {
+    SCOPED_TRACE(form.native);
+    QXContainer expected;
+    expected.AddBaseData(form.item.get());
+    const std::string native = Hex("01 3F 00 81 'v'") + Hex(form.native);
+    const std::string foreign =
+        Hex("00 01 00 81 'v'") + Hex(form.foreign ? form.foreign : form.native);
+    for (const std::string& payload : {native, foreign}) {
+      QXContainer object, dripped;
+      EXPECT_EQ(ReadPayload(payload, object), 0u);
+      EXPECT_EQ(Describe(object), Describe(expected));
+      DripStream drops(payload);
+      EXPECT_EQ(QXBReadPOD(drops, dripped, payload.size()), 0u);
+      EXPECT_EQ(Describe(dripped), Describe(expected));
+    }
+  }
+  // Each mark speaks for its own family.
+  QXContainer object;
+  EXPECT_EQ(ReadPayload(Hex("01 00") + intItem + Hex("00 81 'f' 04 0000C03F"), object), 0u);
+  EXPECT_EQ(ReadPayload(Hex("3F 3F") + intItem + Hex("00 81 'f' 04 0000C03F"), object), 0u);
+  EXPECT_EQ(Describe(object), "a=i:01000000 f=f:3FC00000 a=i:00000001 f=f:0000C03F ");
+}
+
+// Every row stands behind an int under "a", which stays whatever follows.
+TEST(QXBRead, TellsDamageAndKeepsWhatCameBefore) {
+  const struct {
+    const char* bytes;
+    unsigned status;
+    const char* items;  // behind the first
+  } cases[] = {         // Tags; what follows a type code without meaning is an item again.
+               {"00 81 'a'", 6, ""},
+               {"39 01 02000000", 0, "UnknownQXB57=i:02000000 "},
+               {"7F 01 02000000", 0, "UnknownQXB127=i:02000000 "},
+               {"C8 01 02000000 00 81 'a' 01 03000000", 6, "=i:02000000 "},
+               {"C8 01 0200", 6, ""},
+               {"00 81 'a' 09 00 81 'a' 01 02000000", 0, "a=i:02000000 "},
+               // Values that are cut short, lengths that are missing, cut or lie.
+               {"00 81 'a' 01 020000", 4, ""},
+               {"00 81 'a' 02", 4, ""},
+               {"00 81 'a' 10", 4, ""},
+               {"00 81 'a' 55", 4, ""},
+               {"00 81 'a' 53 01", 4, ""},
+               {"00 81 'a' 10 00000000 00000000 0000 'a'", 4, ""},
+               {"00 81 'a' 10 83 'ab'", 4, ""},
+               {"00 81 'a' 57 7F7F7F7F8F 00000000", 4, ""},
+               // Any byte but 0 is true, and must become a bool that C++ knows.
+               {"00 81 'b' 02 07 00 81 'b' 02 00", 0, "b=b:01 b=b:00 "},
+               {"00 81 'b' 03 83 0200FF 00 81 'b' 50 83 0200FF", 0, "b=b*:010001 b=b[]:010001 "},
+               // No elements: damage in an array, unless of bool, and none in a vector.
+               {"00 81 'a' 20 80", 4, ""},
+               {"00 81 'a' 12 01 80", 4, ""},
+               {"00 81 'b' 03 80", 0, "b=b*: "},
+               // A remainder: dropped in an array, damage in a vector.
+               {"00 81 'a' 20 86 020000000300", 0, "a=i*:02000000 "},
+               {"00 81 'a' 20 83 020000", 0, "a=i*: "},
+               {"00 81 'a' 55 86 020000000300", 4, ""},
+               // Handled values: the envelope, the functor's head, the body's name.
+               {"00 81 'u' 60 1F", 6, ""},
+               {"00 81 'u' 60 1F 50 86 00 81 'F' 81 07", 6, ""},
+               {"00 81 'u' 60 1F 51", 4, ""},
+               {"00 81 'u' 60 1F 51 86 00 81 'F' 81", 4, ""},
+               {"00 81 'u' 60 1F 51 80", 6, ""},
+               {"00 81 'u' 60 1F 51 82 1F 80", 8, ""},
+               {"00 81 'u' 60 1F 51 83 1F 80 07", 9, ""},
+               {"00 81 'u' 60 1F 51 82 1F 81", 11, ""},
+               {"00 81 'u' 60 1F 51 84 1F 82 C807", 11, ""},
+               {"00 81 'u' 60 1F 51 86 1F 84 00 81 'w' 2A", 0, "w=(QXBase,31,1F840081772A) "},
+               // The name alone is a whole body, also as a code.
+               {"00 81 'u' 60 1F 51 85 1F 83 00 81 'w'", 0, "w=(QXBase,31,1F83008177) "},
+               {"00 81 'u' 60 1F 51 83 1F 81 36", 0, "QXGroup=(QXBase,31,1F8136) "},
+               {"00 81 'u' 60 1F 51 83 1F 81 39", 0, "UnknownQXB57=(QXBase,31,1F8139) "},
+               // The form without name and type in front takes any type byte.
+               {"00 90 '!HandledQXBTag:u' 07 85 1F 83 00 81 'w'", 0, "w=(QXBase,31,1F83008177) "}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.bytes);
+    Reports reports;
+    QXContainer object;
+    EXPECT_EQ(ReadPayload(Hex("01 3F") + intItem + Hex(c.bytes), object), c.status);
+    EXPECT_EQ(Describe(object), intText + c.items);
+  }
+}
+
+TEST(QXBRead, NeedsAllBytesOfABlock) {
+  QXContainer object;
+  EXPECT_EQ(ReadPayload("", object), 4u);
+  EXPECT_EQ(ReadPayload("\x01", object), 4u);
+  EXPECT_EQ(ReadPayload("\x01\x3F", object), 0u);
+  const std::string whole = Hex("01 3F") + intItem;
+  for (const unsigned long length : {whole.size() + 1, QXBMaxLength, 1UL << 62}) {
+    qxisstream in(whole);
+    EXPECT_EQ(QXBReadPOD(in, object, length), 4u);
+    EXPECT_TRUE(in.eof());
+  }
+  qxisstream in(whole);
+  EXPECT_THROW(QXBReadPOD(in, object, ~0UL), std::bad_alloc);
+  EXPECT_EQ(Describe(object), "");
+}
+
+TEST(QXBRead, KeepsUnreadValuesBesideAllOthers) {
+  // An earlier value of the name stays in front; an unread one gives way.
+  const std::string second = Hex("00 81 'x' 60 1F 51 86 1F 84 00 81 'u' 07");
+  QXContainer taken, free;
+  taken.SetData<int>("u", 5);
+  EXPECT_EQ(ReadPayload(Hex("01 3F") + UnreadItem() + second, taken), 0u);
+  EXPECT_EQ(Describe(taken),
+            "u=i:05000000 u=(Fxn,0,008346786E850081752A2B) u=(QXBase,31,1F8400817507) ");
+  EXPECT_EQ(ReadPayload(Hex("01 3F") + UnreadItem() + intItem + second, free), 0u);
+  EXPECT_EQ(Describe(free), "u=(QXBase,31,1F8400817507) " + intText);
+
+  // So many that looking for each in all others would be seen.
+  std::string block = Hex("01 3F");
+  for (int i = 0; i < 40000; ++i)
+    block += Hex("1F 60 1F 51 8E 1F 8C 00 89 'many" + std::to_string(10000 + i % 20000) + "' 07");
+  QXContainer many;
+  EXPECT_EQ(ReadPayload(block, many), 0u);
+  EXPECT_TRUE(QXIter<QXBaseData>(many.GetDataIter()) += 19999);
+  EXPECT_FALSE(QXIter<QXBaseData>(many.GetDataIter()) += 20000);
+}
+
+TEST(QXBRead, ReadsHandledValues) {
+  const QXBinaryIOHandler handler = ContainerHandler();
+  const struct {
+    std::string body;
+    unsigned status;
+    const char* items;
+  } cases[] = {{Hex("00 81 'c'") + Block(intItem), 0, "c={a=i:01000000 } "},
+               {Hex("00 81 'c'"), 0, "c={} "},
+               {Hex("36"), 0, "QXGroup={} "},
+               {Hex("00 85 'c'"), 0, ""},
+               {Hex("C8 07"), 0, ""},
+               {Hex("00 81 'c' 01"), 6, ""},
+               {Hex("00 81 'c' 01 81 01"), 4, ""},
+               {Hex("00 81 'c' C8 81 07"), 0, "c={QXUnknownQXBData=(,200,07) } "}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(ToHex(c.body));
+    QXContainer holder;
+    holder.SetData<int>("a", 1);
+    const std::string item = Counted(Hex("00 81 'x' 60 1F 51"), Counted("\x35", c.body));
+    EXPECT_EQ(ReadPayload(Hex("01 3F") + item, holder, handler), c.status);
+    EXPECT_EQ(Describe(holder), intText + c.items);
+  }
+}
+
+// Claims to read a QXContainer and does not.
+class Impostor : public QXReadFxn<int> {
+public:
+  const char* GetTag() const override { return "QXBasePOD"; }
+  const void* GetType() const override { return QXGetDataType<QXContainer>(); }
+  Impostor* CreateCopy() const override { return new Impostor(*this); }
+  unsigned operator()(qxistream&, int&, unsigned long,
+                      const QXBinaryIOHandlerBase&) const override {
+    return 2;
+  }
+};
+
+TEST(QXBRead, FindsTheFirstReaderOfTagAndTypeOrKeepsTheRecord) {
+  QXBinaryIOHandler handler;
+  QXContainer object;
+  const auto read = [&](const std::string& bytes) {
+    object.Clear();
+    qxisstream in(bytes + "next");
+    EXPECT_EQ(QXBinaryRead(in, object, handler), 0u);
+    EXPECT_EQ(in.tell(), static_cast<long>(bytes.size()));
+    return Describe(object);
+  };
+  const std::string record = Block(intItem);
+  const std::string kept = "QXUnknownQXBData=(QXBasePOD,1," + ToHex(record.substr(2)) + ") ";
+  handler.SetReadFxn(QXBasePODReadFxn<QXBinaryIOHandler>(), /*asDefault=*/false);
+  handler.SetReadFxn(QXGroupReadFxn<QXContainer>("QXBase"), /*asDefault=*/false);
+  handler.SetReadFxn(Impostor(), /*asDefault=*/false);
+  EXPECT_EQ(read(record), kept);
+  handler.SetReadFxn(QXBasePODReadFxn<QXContainer>(), /*asDefault=*/false);
+  handler.SetReadFxn(QXGroupReadFxn<QXContainer>("QXBasePOD"), /*asDefault=*/false);
+  EXPECT_EQ(read(record), intText);
+  EXPECT_EQ(read(Hex("00 89 'QXBasePOD'") + record.substr(1)), intText);
+
+  Reports reports;
+  const std::pair<const char*, unsigned> damaged[] = {
+      {"", 6}, {"1F", 6}, {"1F 80", 8}, {"1F 80 07", 9}, {"C8 82 07", 9}, {"00 80 07", 6}};
+  for (const auto& [bytes, status] : damaged) {
+    QXContainer nothing;
+    qxisstream in(Hex(bytes));
+    EXPECT_EQ(QXBinaryRead(in, nothing, handler), status) << bytes;
+    EXPECT_EQ(Describe(nothing), "");
+  }
+}
+
+TEST(QXBRead, ReadsGroupsIntoOneObjectAndStandsBehindThem) {
+  const QXBinaryIOHandler handler = ContainerHandler();
+  const std::string pod = Block(intItem);
+  const struct {
+    std::string payload;
+    unsigned status;
+    std::string items;
+  } cases[] = {{pod + pod, 0, intText + intText},
+               {Counted("\x36", pod) + pod, 0, intText + intText},
+               {pod + Hex("1F"), 6, intText},
+               {Hex("01 81 01") + pod, 4, ""}};
+  for (const auto& c : cases) {
+    QXContainer object;
+    qxisstream in(Counted("\x36", c.payload) + pod);
+    EXPECT_EQ(QXBinaryRead(in, object, handler), c.status);
+    EXPECT_EQ(QXBinaryRead(in, object, handler), 0u);
+    EXPECT_EQ(Describe(object), c.items + intText);
+  }
+  QXContainer object;
+  qxisstream cut(Counted("\x36", pod).substr(0, 8));
+  EXPECT_EQ(QXBinaryRead(cut, object, handler), 4u);
+}
+
+void* ReadNested(void* directory) {
+  const QXBinaryIOHandler handler = ContainerHandler();
+  for (const bool groups : {true, false})
+    for (const unsigned levels : {128u, 129u, 1000u}) {
+      SCOPED_TRACE(levels);
+      std::string bytes = Block(intItem);
+      for (unsigned i = 0; i < levels; ++i) {
+        const std::string value = Counted("\x35", Hex("00 81 'c'") + bytes);
+        bytes = groups ? Counted("\x36", bytes) : Block(Counted(Hex("1F 60 1F 51"), value));
+      }
+      bytes += Block(intItem);
+      qxisstream memory(bytes);
+      QXPlatform::qxifstream file(static_cast<TempDir*>(directory)->Write("nested", bytes));
+      for (qxistream* in : {static_cast<qxistream*>(&memory), static_cast<qxistream*>(&file)}) {
+        Reports reports;
+        QXContainer object;
+        EXPECT_EQ(QXBinaryRead(*in, object, handler), levels <= 128 ? 0u : 2u);
+        EXPECT_EQ(reports.NumMessages(), levels <= 128 ? 0u : 1u);
+        // The outer record is behind us, and no level is left over.
+        EXPECT_EQ(QXBinaryRead(*in, object, handler), 0u);
+        EXPECT_EQ(object.GetData<int>("a"), 1);
+        EXPECT_TRUE(in->eof());
+      }
+    }
+  return nullptr;
+}
+
+TEST(QXBRead, ReadsNestingUpTo128LevelsOnASmallStack) {
+  TempDir directory;
+  pthread_t thread;
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstacksize(&attributes, 1 << 20);
+  ASSERT_EQ(pthread_create(&thread, &attributes, ReadNested, &directory), 0);
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
+}
+
+}  // namespace
