@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <unordered_set>
 
 #include <qxsystem/core/error.h>
 #include <qxsystem/core/stliter.h>
@@ -16,13 +17,13 @@ using QXPlatform::qxisstream;
 
 namespace {
 
-// All of a file; false when it cannot be opened, is empty, or ends before the
-// size that it tells.
-bool ReadWholeFile(const std::string& name, std::string& bytes) {
+// All of a file; false when there is nothing to be read. `size` is what the file
+// itself tells, -1 when it does not.
+bool ReadWholeFile(const std::string& name, std::string& bytes, long& size) {
   QXPlatform::qxifstream in(name);
   if (!in) return false;
-  const long size = in.size();
-  return in.read(bytes) > 0 && in && (size < 0 || bytes.size() >= static_cast<std::size_t>(size));
+  size = in.size();
+  return in.read(bytes) > 0;
 }
 
 }  // namespace
@@ -113,7 +114,8 @@ bool QXStringExtParameter::IsLegal(const std::string& text) const {
 }
 
 bool QXStringExtParameter::GetTypedValue(std::string& out, const std::string& text) const {
-  if (!QXStringParameter::IsLegal(text)) return ReadWholeFile(text, out);
+  long size;
+  if (!QXStringParameter::IsLegal(text)) return ReadWholeFile(text, out, size);
   out = text;
   return true;
 }
@@ -142,12 +144,10 @@ bool QXConstParameter::AddLegalValue(const std::string& text) {
   const std::string key = QXStringLower(text);
   if (QXStringToNumber(text, number) || keys_.count(key))
     return QXUIntParameter::AddLegalValue(text);
-  const auto hasName = [this](unsigned value) {
-    return std::any_of(keys_.begin(), keys_.end(),
-                       [value](const auto& entry) { return entry.second == value; });
-  };
+  std::unordered_set<unsigned> named;
+  for (const auto& entry : keys_) named.insert(entry.second);
   for (const std::string& legal : LegalValues()) {
-    if (!QXStringToNumber(legal, number) || hasName(number)) continue;
+    if (!QXStringToNumber(legal, number) || named.count(number)) continue;
     keys_[key] = number;
     return QXUIntParameter::AddLegalValue(text);
   }
@@ -309,7 +309,9 @@ QXIterBase<const qxisstream>* QXFileParameter::GetDefaults() const {
 
 bool QXFileParameter::GetTypedValue(qxisstream& out, const std::string& name) const {
   std::string bytes;
-  return ReadWholeFile(name, bytes) && out.set(bytes);
+  long size;
+  if (!ReadWholeFile(name, bytes, size) || size == 0) return false;
+  return (size < 0 || bytes.size() >= static_cast<std::size_t>(size)) && out.set(bytes);
 }
 bool QXFileParameter::GetString(std::string&, const qxisstream&) const {
   return false;
