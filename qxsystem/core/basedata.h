@@ -67,7 +67,7 @@ private:
 };
 
 template <class P>
-class QXBaseDataTPtr;
+class QXSYSTEM_API QXBaseDataTPtr;
 
 /// An item that owns an array of T. Its type identity is that of `T*`, which a
 /// QXBaseDataT<T*> has too: only the class tells the two apart.

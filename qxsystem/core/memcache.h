@@ -14,71 +14,11 @@
 #include <qxsystem/core/export.h>
 #include <qxsystem/core/threadsafe.h>
 
-#if defined(__SANITIZE_ADDRESS__)
-#define QX_POISON_FREE_BLOCKS
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define QX_POISON_FREE_BLOCKS
-#endif
-#endif
-#ifdef QX_POISON_FREE_BLOCKS
-#include <sanitizer/asan_interface.h>
-#endif
-
 namespace QXSystem {
 
 /// Base of a cache that a locking wrapper embeds: the wrapper alone carries the
 /// virtual interface.
 class QXNotVirtualCache {};
-
-/// A list of free blocks of `N` bytes, linked through their first words. In
-/// builds with the address sanitizer they must not be touched.
-template <std::size_t N>
-class QXFreeList {
-  static_assert(N >= sizeof(void*) && N % sizeof(void*) == 0, "a block holds aligned links");
-
-public:
-  QXFreeList() = default;
-  QXFreeList(const QXFreeList&) = delete;
-  QXFreeList& operator=(const QXFreeList&) = delete;
-
-  bool IsEmpty() const { return !head_; }
-
-  void Push(void* block) {
-    head_ = ::new (block) Free{head_};
-#ifdef QX_POISON_FREE_BLOCKS
-    __asan_poison_memory_region(block, N);
-#endif
-  }
-
-  /// The block pushed last; the list must not be empty.
-  void* Pop() {
-    Free* const block = head_;
-#ifdef QX_POISON_FREE_BLOCKS
-    __asan_unpoison_memory_region(block, N);
-#endif
-    head_ = block->next;
-    return block;
-  }
-
-  /// Adds `count` adjacent blocks, to be taken from the lowest upwards.
-  void PushAll(unsigned char* blocks, std::size_t count) {
-    while (count > 0) Push(blocks + --count * N);
-  }
-
-  /// Makes the memory of `count` adjacent blocks fit for other use.
-  static void Forget([[maybe_unused]] unsigned char* blocks, [[maybe_unused]] std::size_t count) {
-#ifdef QX_POISON_FREE_BLOCKS
-    __asan_unpoison_memory_region(blocks, count * N);
-#endif
-  }
-
-private:
-  struct Free {
-    Free* next;
-  };
-  Free* head_ = nullptr;
-};
 
 /// Every block from the allocator and back.
 template <std::size_t N>
@@ -133,19 +73,20 @@ public:
     for (const auto& chunk : chunks_) free_.Forget(chunk.get(), Count);
   }
 
-  void* Pop() {
-    if (__builtin_expect(free_.IsEmpty(), false)) Grow();
-    return free_.Pop();
-  }
+  void* Pop() { return free_.IsEmpty() ? PopFromNewChunk() : free_.Pop(); }
 
   /// Tests nothing: `block` must not be null.
   void Push(void* block) { free_.Push(block); }
 
+  /// The blocks at hand, for those who want to save the way through the cache.
+  QXFreeList<N>& GetFreeList() { return free_; }
+
 private:
-  void Grow() {
+  [[gnu::noinline, gnu::cold]] void* PopFromNewChunk() {
     std::unique_ptr<unsigned char[]> chunk(new unsigned char[Count * N]);
     chunks_.push_back(std::move(chunk));
     free_.PushAll(chunks_.back().get(), Count);
+    return free_.Pop();
   }
 
   QXFreeList<N> free_;
@@ -223,5 +164,3 @@ template <class Cache, class Base>
 class QXSYSTEM_API QXSpinlockedCache : public QXLockedCache<Cache, Base, QXSpinLock> {};
 
 }  // namespace QXSystem
-
-#undef QX_POISON_FREE_BLOCKS

@@ -25,37 +25,10 @@ bool OnMainThread() {
   return std::this_thread::get_id() == g_mainThreadId;
 }
 
-// Found without a call; the few bytes fit what the loader keeps in reserve.
-#define QX_FAST_THREAD_LOCAL thread_local __attribute__((tls_model("initial-exec")))
-
-// The cache that this thread uses in the default mode; null until it is chosen.
-template <std::size_t N>
-QX_FAST_THREAD_LOCAL typename QXMemPool<N>::Unbounded* defaultCache = nullptr;
-
-// A thread's own cache; null until it is made.
-template <class Cache>
-QX_FAST_THREAD_LOCAL Cache* ownCache = nullptr;
-
-// Thread-specific data die after all `thread_local` objects of the thread, so
-// these may hold cursors and walk data in their destructors.
-template <std::size_t N, class Cache>
-Cache* ThreadLocalCache() {
-  static const pthread_key_t key = [] {
-    pthread_key_t made;
-    const int failed = pthread_key_create(&made, [](void* cache) {
-      defaultCache<N> = nullptr;
-      ownCache<Cache> = nullptr;
-      delete static_cast<Cache*>(cache);
-    });
-    if (failed) throw std::bad_alloc();
-    return made;
-  }();
-  if (!ownCache<Cache>) {
-    auto cache = std::make_unique<Cache>();
-    if (pthread_setspecific(key, cache.get())) throw std::bad_alloc();
-    ownCache<Cache> = cache.release();
-  }
-  return ownCache<Cache>;
+pthread_key_t MakeThreadKey(void (*dies)(void*)) {
+  pthread_key_t key;
+  if (pthread_key_create(&key, dies)) throw std::bad_alloc();
+  return key;
 }
 
 template <class Cache>
@@ -72,6 +45,8 @@ void QXSetMemPoolMode(unsigned mode) {
         "QXSetMemPoolMode called twice! Should only be called once per "
         "program");
   poolMode.store(mode, std::memory_order_relaxed);
+  QXMemPool<8>::readyBlocks_ = nullptr;
+  QXMemPool<24>::readyBlocks_ = nullptr;
 }
 
 unsigned QXGetMemPoolMode() {
@@ -118,10 +93,12 @@ QXVirtualCache* QXMemPool<N>::cachePtr() {
       return UnboundedCacheNormal();
     case Mode::UnboundedCache | Mode::Mutexed:
       return UnboundedCacheMutexed();
-    case Mode::UnboundedCache | Mode::ThreadLocal:
-      if (!defaultCache<N>)
-        defaultCache<N> = OnMainThread() ? UnboundedCacheNormal() : UnboundedCacheThreadLocal();
-      return defaultCache<N>;
+    case Mode::UnboundedCache | Mode::ThreadLocal: {
+      Unbounded* const cache =
+          OnMainThread() ? UnboundedCacheNormal() : UnboundedCacheThreadLocal();
+      readyBlocks_ = &cache->GetFreeList();
+      return cache;
+    }
     case Mode::System:
       return system();
     case Mode::BoundedCache | Mode::Spinlocked:
@@ -135,18 +112,35 @@ QXVirtualCache* QXMemPool<N>::cachePtr() {
 }
 
 template <std::size_t N>
-void* QXMemPool<N>::Pop() {
-  if (QXGetMemPoolMode() == Mode::Default && defaultCache<N>)
-    return defaultCache<N>->Unbounded::Pop();
+__thread QXFreeList<N>* QXMemPool<N>::readyBlocks_ = nullptr;
+
+template <std::size_t N>
+void* QXMemPool<N>::PopFromCache() {
   return cachePtr()->Pop();
 }
 
 template <std::size_t N>
-void QXMemPool<N>::Push(void* block) {
-  if (QXGetMemPoolMode() == Mode::Default && defaultCache<N>)
-    defaultCache<N>->Unbounded::Push(block);
-  else
-    cachePtr()->Push(block);
+void QXMemPool<N>::PushToCache(void* block) {
+  cachePtr()->Push(block);
+}
+
+// The calling thread's own cache. As thread-specific data it dies after all
+// `thread_local` objects, so these may hold cursors and walk data when they die.
+template <std::size_t N>
+template <class Cache>
+Cache* QXMemPool<N>::ThreadLocalCache() {
+  thread_local Cache* own = nullptr;
+  static const pthread_key_t key = MakeThreadKey([](void* cache) {
+    own = nullptr;
+    readyBlocks_ = nullptr;
+    delete static_cast<Cache*>(cache);
+  });
+  if (!own) {
+    auto cache = std::make_unique<Cache>();
+    if (pthread_setspecific(key, cache.get())) throw std::bad_alloc();
+    own = cache.release();
+  }
+  return own;
 }
 
 template <std::size_t N>
@@ -156,7 +150,7 @@ auto QXMemPool<N>::BoundedCacheNormal() -> Bounded* {
 
 template <std::size_t N>
 auto QXMemPool<N>::BoundedCacheThreadLocal() -> Bounded* {
-  return ThreadLocalCache<N, Bounded>();
+  return ThreadLocalCache<Bounded>();
 }
 
 template <std::size_t N>
@@ -176,7 +170,7 @@ auto QXMemPool<N>::UnboundedCacheNormal() -> Unbounded* {
 
 template <std::size_t N>
 auto QXMemPool<N>::UnboundedCacheThreadLocal() -> Unbounded* {
-  return ThreadLocalCache<N, Unbounded>();
+  return ThreadLocalCache<Unbounded>();
 }
 
 template <std::size_t N>

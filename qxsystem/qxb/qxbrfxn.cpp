@@ -17,9 +17,9 @@ bool CompleteName(std::string& name, unsigned char code) {
   return true;
 }
 
-// Where the first item of each name stands in a list that grows while it is
-// read. A walk through the list for every unread value would take a time that
-// is quadratic in the block.
+// Finds the first item of a name in a list that grows while it is read. A few
+// are looked for one by one; for more there is an index, since a walk for every
+// unread value would take a time that is quadratic in the block.
 class FirstItems {
 public:
   explicit FirstItems(const QXBase& object) : object_(object) {}
@@ -27,6 +27,11 @@ public:
   // The first item with `tag`; null if there is none, or if a functor has since
   // moved it elsewhere.
   QXBaseData* Find(unsigned tag) {
+    if (walks_ < MaxWalks) {
+      ++walks_;
+      const QXIter<QXBaseData> item = object_.GetDataIter(tag);
+      return item ? item.operator->() : nullptr;
+    }
     QXIter<QXBaseData> item = object_.GetDataIter();
     for (item += seen_; item; ++item) positions_.emplace(item->GetTag(), seen_++);
     const auto found = positions_.find(tag);
@@ -36,7 +41,10 @@ public:
   }
 
 private:
+  static constexpr unsigned MaxWalks = 4;
+
   const QXBase& object_;
+  unsigned walks_ = 0;
   unsigned seen_ = 0;                                 // items that positions_ knows of
   std::unordered_map<unsigned, unsigned> positions_;  // by tag
 };

@@ -57,36 +57,10 @@ QXUnionFind& QXUnionFind::operator=(const QXUnionFind& other) {
 
 QXUnionFind::~QXUnionFind() = default;
 
-// Path halving: every other entry on the way up is pointed at its grandparent.
-int QXUnionFind::Root(int i) {
-  int* const data = data_.get();
-  for (;;) {
-    const int parent = data[i];
-    if (parent < 0) return i;
-    const int grandparent = data[parent];
-    if (grandparent < 0) return parent;
-    data[i] = grandparent;
-    i = grandparent;
-  }
-}
-
-int QXUnionFind::FindID(int i) {
-  if (InRange(i)) return Root(i);
+int QXUnionFind::ReportRange(int i) const {
   QXThrow.Error("QXUnionFind::FindID(%d) - parameter not in range [0..%d]", i,
                 static_cast<int>(n_ - 1));
   return -1;
-}
-
-void QXUnionFind::Union(int a, int b) {
-  if (a == b) return;
-  const int ra = FindID(a);
-  const int rb = FindID(b);
-  if (ra == rb || ra < 0 || rb < 0) return;
-  const bool larger = Entry(rb) < Entry(ra);
-  const int root = larger ? rb : ra;
-  const int child = larger ? ra : rb;
-  Entry(root) += Entry(child);
-  Entry(child) = root;
 }
 
 bool QXUnionFind::Related(int a, int b) {

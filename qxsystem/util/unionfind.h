@@ -25,10 +25,20 @@ public:
   /// Merges the groups of `a` and `b`. The root of the larger one stays, at equal
   /// size that of `a`. An item out of range is reported as by `FindID`, and
   /// nothing changes.
-  void Union(int a, int b);
+  void Union(int a, int b) {
+    if (a == b) return;
+    const int ra = FindID(a);
+    const int rb = FindID(b);
+    if (ra == rb || ra < 0 || rb < 0) return;
+    const bool larger = Entry(rb) < Entry(ra);
+    const int root = larger ? rb : ra;
+    const int child = larger ? ra : rb;
+    Entry(root) += Entry(child);
+    Entry(child) = root;
+  }
 
   /// The root of `i`'s group; for `i` out of range an Error and -1.
-  int FindID(int i);
+  int FindID(int i) { return InRange(i) ? Root(i) : ReportRange(i); }
 
   bool Related(int a, int b);
 
@@ -53,7 +63,19 @@ public:
 private:
   bool InRange(int i) const { return static_cast<unsigned>(i) < n_ && i >= 0; }
   int& Entry(int i) const { return data_.get()[i]; }
-  int Root(int i);
+  int ReportRange(int i) const;
+
+  // Path halving: every other entry on the way up is pointed at its grandparent.
+  int Root(int i) {
+    for (;;) {
+      const int parent = Entry(i);
+      if (parent < 0) return i;
+      const int grandparent = Entry(parent);
+      if (grandparent < 0) return parent;
+      Entry(i) = grandparent;
+      i = grandparent;
+    }
+  }
 
   unsigned n_;
   std::unique_ptr<int[]> data_;  // a root's negative group size; else the parent

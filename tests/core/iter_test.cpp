@@ -20,6 +20,13 @@
 
 using namespace QXSystem;
 
+// Not in an unnamed namespace: g++ would then know all cursors over it, which
+// are empty and joined ones, and warn that joining only ever leads to joining.
+struct Abstract {
+  virtual ~Abstract() = default;
+  virtual int Get() const = 0;
+};
+
 namespace {
 
 using Ints = std::vector<int>;
@@ -32,11 +39,6 @@ struct IsOdd : QXUnaryPredicate<int> {
 struct TensBefore : QXBinaryPredicate<int, int> {
   bool operator()(const int& a, const int& b) const override { return a / 10 < b / 10; }
   TensBefore* CreateCopy() const override { return new TensBefore(*this); }
-};
-
-struct Abstract {
-  virtual ~Abstract() = default;
-  virtual int Get() const = 0;
 };
 
 template <class T>

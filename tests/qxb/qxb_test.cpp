@@ -228,7 +228,7 @@ TEST(QXBByteOrder, SwapsUnlessAMarkIsOurs) {
 
 TEST(QXBStatus, HasAText) {
   std::string texts;
-  for (unsigned status : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, -1})
+  for (unsigned status : {0u, 1u, 2u, 3u, 4u, 5u, 6u, 7u, 8u, 9u, 10u, 11u, 12u, ~0u})
     texts += QXGetQXBReturnString(status) + std::string(". ");
   EXPECT_EQ(
       texts,

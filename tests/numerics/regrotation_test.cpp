@@ -1,0 +1,104 @@
+#include <qxsystem/numerics/regrotation.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+#include <vector>
+
+#include <qxsystem/core/errortest.h>
+
+using namespace QXMath;
+using namespace QXSystem;
+
+static constexpr double Pi = 3.14159265358979323846;
+
+TEST(QXGenerateRotationMatrix, TurnsByRodriguesForm) {
+  std::mt19937_64 random(1);
+  std::normal_distribution<double> normal;
+  for (int trial = 0; trial < 200; ++trial) {
+    const double angle = 2 * normal(random), c = std::cos(angle), s = std::sin(angle);
+    double n[3] = {normal(random), normal(random), normal(random)}, m[3][3];
+    const double length = std::hypot(n[0], n[1], n[2]), half = -angle / 2;
+    for (double& x : n) x /= length;
+    const double sine = std::sin(half),
+                 q[4] = {std::cos(half), n[0] * sine, n[1] * sine, n[2] * sine};
+    QXGenerateRotationMatrix(q, m);
+    const double cross[3][3] = {{0, -n[2], n[1]}, {n[2], 0, -n[0]}, {-n[1], n[0], 0}};
+    for (int i = 0; i < 3; ++i)
+      for (int j = 0; j < 3; ++j)
+        EXPECT_NEAR(m[i][j], (i == j) * c + n[i] * n[j] * (1 - c) + cross[i][j] * s, 1e-14);
+  }
+}
+
+TEST(QXGenerateRotationMatrix, IsTheIdentityWhereTheScalarIsOneOrMore) {
+  for (const double scalar : {1.0, -1.0, std::nextafter(1.0, 2.0), -1.5}) {
+    const double q[4] = {scalar, 0.1, 0.2, 0.3};
+    double m[3][3];
+    QXGenerateRotationMatrix(q, m);
+    for (int i = 0; i < 9; ++i) EXPECT_EQ(m[i / 3][i % 3], i % 4 == 0) << scalar;
+  }
+}
+
+TEST(QXGeom3DRotate, TurnsPointsInPlaceByRows) {
+  const double h = std::sqrt(0.5), q[4] = {h, 0, 0, h};
+  double m[3][3];
+  QXGenerateRotationMatrix(q, m);  // {0, 1, 0}, {-1, 0, 0}, {0, 0, 1}
+  float points[] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+  QXGeom3DRotate<float, double>(points, m[0], 2);
+  const float expected[] = {2, -1, 3, 5, -4, 6, 7, 8, 9};
+  for (int i = 0; i < 9; ++i) EXPECT_NEAR(points[i], expected[i], 1e-6f);
+}
+
+TEST(QXHealPix, RoundsSizesUp) {
+  const unsigned sizes[] = {18, 32, 45, 72, 112, 160, 160};
+  EXPECT_EQ(QXNextHealPix(0), 18u);
+  for (int i = 0; i < 6; ++i) {
+    EXPECT_EQ(QXNextHealPix(sizes[i]), sizes[i]);
+    EXPECT_EQ(QXNextHealPix(sizes[i] + 1), sizes[i + 1]);
+  }
+  EXPECT_EQ(QXNextHealPix(0xFFFFFFFF), 160u);
+}
+
+TEST(QXHealPix, FollowsPixelsAndTurns) {
+  const std::vector<double> two = {.5, -.5}, three = {2 / 3., 0, -2 / 3.};
+  const std::vector<double> four = {.75, .25, -.25, -.75};
+  const struct {
+    unsigned n, perRing, turns;
+    std::vector<double> z;
+  } cases[] = {{18, 3, 3, two},   {32, 4, 4, two},   {45, 3, 5, three},
+               {72, 4, 6, three}, {112, 4, 7, four}, {160, 5, 8, four}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.n);
+    std::vector<double> all(4 * c.n + 1, -7.0);
+    ASSERT_TRUE(QXGetHealPix(c.n, all.data()));
+    const double* q = all.data();
+    double moments[16]{};
+    for (unsigned turn = 0; turn < c.turns; ++turn)
+      for (std::size_t ring = 0; ring < c.z.size(); ++ring)
+        for (unsigned pixel = 0; pixel < c.perRing; ++pixel, q += 4) {
+          const double half = std::acos(c.z[ring]) / 2, psi = (turn + 0.5) * Pi / c.turns;
+          const double phi = (2 * pixel + (ring % 2 == 0)) * Pi / c.perRing;
+          EXPECT_NEAR(q[0], std::cos(half) * std::cos(psi), 1e-15);
+          EXPECT_NEAR(q[1], std::sin(half) * std::sin(psi - phi), 1e-15);
+          EXPECT_NEAR(q[2], std::sin(half) * std::cos(psi - phi), 1e-15);
+          EXPECT_NEAR(q[3], std::cos(half) * std::sin(psi), 1e-15);
+          for (int i = 0; i < 16; ++i) moments[i] += q[i / 4] * q[i % 4];
+        }
+    EXPECT_EQ(q, &all.back());
+    EXPECT_EQ(all.back(), -7.0);
+    // Evenly spread, no direction in the space of unit quaternions is preferred.
+    for (int i = 0; i < 16; ++i) EXPECT_NEAR(moments[i], i % 5 == 0 ? c.n / 4. : 0, 1e-12);
+  }
+}
+
+TEST(QXHealPix, RefusesOtherSizes) {
+  for (const unsigned n : {0u, 17u, 19u, 161u}) {
+    QXPushSimpleQXThrowTester reports;
+    double q = -7;
+    EXPECT_FALSE(QXGetHealPix(n, &q));
+    EXPECT_EQ(q, -7);
+    EXPECT_EQ(reports.GetErrorLog(),
+              "level = 4\nQXGetHealPix: Bad number of points: " + std::to_string(n) + "\n");
+  }
+}

@@ -1,0 +1,56 @@
+#include <qxsystem/numerics/specialfunction.h>
+
+#include <gtest/gtest.h>
+
+#include <cfloat>
+#include <cmath>
+#include <limits>
+#include <random>
+
+using namespace QXMath;
+
+TEST(QXerfc, GivesPublishedValues) {
+  // Abramowitz and Stegun, table 7.1, and by arithmetic of 50 digits.
+  const struct {
+    double x, erfc;
+  } cases[] = {{0, 1},
+               {0.1, 0.88753708398171510159},
+               {0.5, 0.47950012218695346232},
+               {1, 0.15729920705028513066},
+               {2, 0.0046777349810472658379},
+               {3.5, 7.4309837234141274517e-7},
+               {4, 1.5417257900280018852e-8},
+               {5, 1.5374597944280348502e-12},
+               {10, 2.0884875837625447570e-45},
+               {26, 5.6631924088561428464e-296},
+               {-0.5, 1.5204998778130465377},
+               {-5, 1.9999999999984625402}};
+  for (const auto& c : cases) {
+    EXPECT_NEAR(QXerfc(c.x), c.erfc, 1e-15 * c.erfc) << c.x;
+    EXPECT_NEAR(QXerf(c.x), 1 - c.erfc, 1e-15) << c.x;
+  }
+}
+
+TEST(QXerfc, AgreesWithTheCLibrary) {
+  std::mt19937_64 random(1);
+  for (const double limit : {0.5, 1.0, 4.0, 8.0, 28.0}) {
+    std::uniform_real_distribution<double> uniform(-limit, limit);
+    for (int i = 0; i < 50000; ++i) {
+      const double x = uniform(random), expected = std::erfc(x);
+      // A few units of the last digit from either, and more where it is subnormal.
+      EXPECT_NEAR(QXerfc(x), expected, 10 * DBL_EPSILON * expected + DBL_TRUE_MIN) << x;
+      EXPECT_NEAR(QXerf(x), std::erf(x), 1e-15) << x;
+    }
+  }
+}
+
+TEST(QXerfc, HasLimits) {
+  const double infinity = std::numeric_limits<double>::infinity();
+  for (const double x : {27.3, 28.0, 1e10, DBL_MAX, infinity}) {
+    EXPECT_EQ(QXerfc(x), 0) << x;
+    EXPECT_EQ(QXerfc(-x), 2) << x;
+  }
+  EXPECT_EQ(QXerfc(-0.0), 1);
+  EXPECT_EQ(QXerf(DBL_TRUE_MIN), 0);
+  for (const double nan : {std::nan(""), -std::nan("")}) EXPECT_TRUE(std::isnan(QXerfc(nan)));
+}

@@ -1,0 +1,67 @@
+#include <qxsystem/numerics/stats.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include <qxsystem/core/errortest.h>
+#include <qxsystem/platform/malloca.h>
+
+using namespace QXMath;
+using namespace QXSystem;
+
+TEST(QXChiSquare, MeasuresDependence) {
+  const unsigned two[] = {10, 20, 30, 40}, proportional[] = {1, 2, 3, 10, 20, 30};
+  const unsigned published[] = {90, 60, 104, 95, 30, 50, 51, 20, 30, 40, 45, 35};  // Wikipedia
+  const unsigned emptyRow[] = {1, 2, 0, 0};
+  EXPECT_NEAR(QXChiSquare(two, 2, 2), 50 / 63., 1e-13);  // 4^2 (1/12 + 1/18 + 1/28 + 1/42)
+  EXPECT_NEAR(QXChiSquare(published, 3, 4), 24.5712, 5e-5);
+  EXPECT_NEAR(QXChiSquare(proportional, 2, 3), 0, 1e-13);
+  EXPECT_EQ(QXChiSquare(two, 0, 3) + QXChiSquare(two, 3, 0), 0);
+  EXPECT_TRUE(std::isnan(QXChiSquare(emptyRow, 2, 2)));
+  // Totals that do not fit the stack.
+  const auto rows = static_cast<unsigned>(QXPlatform::QXGetAllocaThreshold() / sizeof(double));
+  std::vector<unsigned> large(2ul * rows, 5);
+  EXPECT_NEAR(QXChiSquare(large.data(), rows, 2), 0, 1e-8);
+}
+
+TEST(QXPhi, DividesByTheWrappedProduct) {
+  EXPECT_EQ(QXPhi(8, 1, 2), 2);
+  EXPECT_EQ(QXPhi(18, 3, 1), 3);
+  EXPECT_EQ(QXPhi(1, 0, 1), std::sqrt(1 / 4294967295.));
+  EXPECT_EQ(QXPhi(1, 0x10001, 0x10000), std::numeric_limits<double>::infinity());
+  EXPECT_EQ(QXPhi(18, 3, 7, 1), 3);
+  EXPECT_EQ(QXPhi(18, 7, 3, 1), 3);
+  EXPECT_EQ(QXPhi(18, 1, 5, 2), 0);
+  EXPECT_EQ(QXPhi(18, 5, 0, 0), 0);
+  EXPECT_EQ(QXPhi(1, 2, 2, 16777217), 1 / 4096.);  // 2^24 in single precision
+}
+
+TEST(QXMaxp, ReadsTheTable) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const struct {
+    double chi2;
+    unsigned dof;
+    float level;
+  } cases[] = {{2, 1, 0},          {2.706, 1, 0},      {3, 1, 0.1f},    {3.841, 1, 0.1f},
+               {3.8411, 1, 0.05f}, {6.635, 1, 0.025f}, {6.7, 1, 0.01f}, {10.828, 1, 0.005f},
+               {11, 1, 0.001f},    {nan, 1, 0.001f},   {-1, 0, 0.001f}, {-1.5, 0, 0}};
+  for (const auto& c : cases)
+    EXPECT_EQ(QXMaxp(c.chi2, c.dof), static_cast<double>(c.level)) << c.chi2 << " " << c.dof;
+  EXPECT_EQ(QXMaxp(11, 1), 0.0010000000474974513);
+  QXPushSimpleQXThrowTester reports;
+  EXPECT_EQ(QXMaxp(1, 2), 0);
+  EXPECT_EQ(QXMaxp(1, 0xFFFFFFFF), 0);
+  EXPECT_EQ(reports.GetErrorLog(),
+            "level = 4\nTo Many Degrees of Freedom\nTo Many Degrees of Freedom\n");
+}
+
+TEST(QXLog2, RoundsDown) {
+  EXPECT_EQ(QXLog2(0), 0xFFFFFFFF);
+  for (unsigned bit = 0; bit < 64; ++bit) {
+    EXPECT_EQ(QXLog2(1ul << bit), bit);
+    EXPECT_EQ(QXLog2((1ul << bit) | ((1ul << bit) - 1)), bit);
+  }
+}
