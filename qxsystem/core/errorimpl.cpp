@@ -134,6 +134,7 @@ QXErrorHandlerStreamImpl::QXErrorHandlerStreamImpl(const QXErrorHandlerStreamImp
 
 QXErrorHandlerStreamImpl& QXErrorHandlerStreamImpl::operator=(
     const QXErrorHandlerStreamImpl& other) {
+  if (this == &other) return *this;
   QXErrorHandlerImplBase::operator=(other);
   out_ = other.out_;
   return *this;
