@@ -6,7 +6,6 @@
 #include <cstdlib>
 
 #include <qxsystem/core/error.h>
-#include <qxsystem/core/sortediter.h>
 #include <qxsystem/interface/commandline_private.h>
 #include <qxsystem/interface/interface_impl_private.h>
 #include <qxsystem/interface/parameter_concrete.h>
@@ -16,9 +15,11 @@ namespace QXSystem {
 
 bool GetKeylessParameters(const QXInterface& interface, std::vector<QXParameter*>& keyless) {
   bool good = true;
-  const KeylessSort order;
-  for (QXSortedIter<QXParameter> p(interface.GetParameters(/*recursive=*/true), order); p; ++p)
+  for (QXIter<QXParameter> p = interface.GetParameters(/*recursive=*/true); p; ++p)
     if (p->GetKeyless() != 0) keyless.push_back(&*p);
+  std::stable_sort(keyless.begin(), keyless.end(), [](const QXParameter* a, const QXParameter* b) {
+    return KeylessSort()(*a, *b);
+  });
   if (keyless.empty()) return true;
 
   const QXParameter* previous = nullptr;

@@ -1,9 +1,9 @@
 // Configuration texts: interfaces from text and back.
 #include <algorithm>
-#include <cstring>
 #include <iterator>
 #include <limits>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -11,6 +11,7 @@
 #include <qxsystem/core/nesting.h>
 #include <qxsystem/interface/interface.h>
 #include <qxsystem/interface/interface_impl_private.h>
+#include <qxsystem/interface/parameter_private.h>
 #include <qxsystem/platform/istream.h>
 #include <qxsystem/platform/ostream.h>
 #include <qxsystem/util/qxstring.h>
@@ -22,43 +23,46 @@ namespace {
 
 // The words of a line behind its keyword, a blank behind each, the last too.
 std::string WordsOf(const Line& line) {
-  std::string words;
-  for (std::size_t i = 1; i < line.words.size(); ++i) words += line.words[i] + " ";
+  std::string words(line.behind.size() + 1, ' ');
+  std::size_t size = 0;
+  std::string_view rest = line.behind;
+  for (std::string_view word; !(word = TakeWord(rest)).empty(); ++size)
+    size += word.copy(&words[size], word.size());
+  words.resize(size);
   return words;
 }
 
 // The line behind its keyword as it stands, without the blanks at both ends.
 std::string RestOf(const Line& line) {
-  const std::string& keyword = line.words.front();
-  return QXStringStripWhiteSpace(line.raw.substr(line.raw.find(keyword) + keyword.size()));
+  return QXStringStripWhiteSpace(std::string(line.behind));
 }
 
 // Hands the number or truth value of a line to a setter.
 template <class T>
 bool SetFrom(const Line& line, QXParameter& parameter, bool (QXParameter::*set)(T)) {
   T value;
-  return QXStringToNumber(line.words[1], value) && (parameter.*set)(value);
+  return QXStringToNumber(line.Word(1), value) && (parameter.*set)(value);
 }
 
 bool SetVisibility(QXParameter& parameter, const Line& line) {
-  const std::string word = QXStringLower(line.words[1]);
+  const std::string word = QXStringLower(line.Word(1));
   if (word == "simple") return parameter.SetVisibility(QXVisibility::Simple);
   if (word == "normal") return parameter.SetVisibility(QXVisibility::Normal);
   if (word == "hidden") return parameter.SetVisibility(QXVisibility::Hidden);
-  QXThrow.Error("Unknown keyword, %s, passed to !VISIBILITY", line.words[1].c_str());
+  QXThrow.Error("Unknown keyword, %s, passed to !VISIBILITY", line.Word(1).c_str());
   return true;
 }
 
 enum class Kind { Set, Default, Detail, Skip };
 
 struct Keyword {
-  const char* word;
+  std::string_view word;
   Kind kind;
-  std::size_t min, max;  // words on the line, the keyword among them
+  unsigned min, max;  // words on the line, the keyword among them
   bool (*set)(QXParameter&, const Line&) = nullptr;
 };
 
-constexpr std::size_t AnyNumber = std::numeric_limits<std::size_t>::max();
+constexpr unsigned AnyNumber = std::numeric_limits<unsigned>::max();
 
 // All keywords of a parameter. Each of them also ends a block of detail.
 constexpr Keyword Keywords[] = {
@@ -68,13 +72,13 @@ constexpr Keyword Keywords[] = {
     {"!DETAIL", Kind::Detail, 1, AnyNumber},
     {"!DEFAULT", Kind::Default, 2, 2},
     {"!ALIAS", Kind::Set, 2, 2,
-     [](QXParameter& p, const Line& line) { return p.AddAlias(line.words[1]); }},
+     [](QXParameter& p, const Line& line) { return p.AddAlias(line.Word(1)); }},
     {"!REQUIRED", Kind::Set, 2, 2,
      [](QXParameter& p, const Line& line) { return SetFrom(line, p, &QXParameter::SetRequired); }},
     {"!SIMPLE", Kind::Set, 2, 2,
      [](QXParameter& p, const Line& line) {
        bool simple;
-       return QXStringToNumber(line.words[1], simple) &&
+       return QXStringToNumber(line.Word(1), simple) &&
               p.SetVisibility(simple ? QXVisibility::Simple : QXVisibility::Normal);
      }},
     {"!VISIBILITY", Kind::Set, 2, 2, SetVisibility},
@@ -85,16 +89,14 @@ constexpr Keyword Keywords[] = {
     {"!OUTPUT", Kind::Set, 2, 2,
      [](QXParameter& p, const Line& line) { return SetFrom(line, p, &QXParameter::SetOutput); }},
     {"!LEGAL_VALUE", Kind::Set, 2, 2,
-     [](QXParameter& p, const Line& line) { return p.AddLegalValue(line.words[1]); }},
+     [](QXParameter& p, const Line& line) { return p.AddLegalValue(line.Word(1)); }},
     {"!LEGAL_RANGE", Kind::Set, 3, 3,
-     [](QXParameter& p, const Line& line) {
-       return p.AddLegalRange(line.words[1], line.words[2]);
-     }},
+     [](QXParameter& p, const Line& line) { return p.AddLegalRange(line.Word(1), line.Word(2)); }},
     {"!ILLEGAL_VALUE", Kind::Set, 2, 2,
-     [](QXParameter& p, const Line& line) { return p.AddIllegalValue(line.words[1]); }},
+     [](QXParameter& p, const Line& line) { return p.AddIllegalValue(line.Word(1)); }},
     {"!ILLEGAL_RANGE", Kind::Set, 3, 3,
      [](QXParameter& p, const Line& line) {
-       return p.AddIllegalRange(line.words[1], line.words[2]);
+       return p.AddIllegalRange(line.Word(1), line.Word(2));
      }},
     {"!ELEMENT", Kind::Set, 2, AnyNumber,
      [](QXParameter& p, const Line& line) { return p.SetElement(RestOf(line)); }},
@@ -122,7 +124,7 @@ Body::const_iterator AddDetail(QXParameter& parameter, Body::const_iterator at,
   for (auto line = at; line != stop; ++line)
     indent = std::min(indent, line->raw.find_first_not_of(" \t"));  // a blank line has none
   for (; at != stop; ++at)
-    parameter.AddDetail(at->raw.size() < indent ? at->raw : at->raw.substr(indent));
+    parameter.AddDetail(std::string(at->raw.substr(at->raw.size() < indent ? 0 : indent)));
   return stop;
 }
 
@@ -131,9 +133,9 @@ Body::const_iterator AddDetail(QXParameter& parameter, Body::const_iterator at,
 std::vector<const Line*> AddDefaults(QXParameter& parameter, std::vector<const Line*> lines) {
   const auto refused = std::stable_partition(
       lines.begin(), lines.end(),
-      [&parameter](const Line* line) { return parameter.AddStringDefault(line->words[1]); });
+      [&parameter](const Line* line) { return parameter.AddStringDefault(line->Word(1)); });
   std::vector<std::string> texts;
-  for (auto line = lines.begin(); line != refused; ++line) texts.push_back((*line)->words[1]);
+  for (auto line = lines.begin(); line != refused; ++line) texts.push_back((*line)->Word(1));
   auto good = refused;
   if (!parameter.LoadDefault())
     good = lines.begin() + static_cast<std::ptrdiff_t>(FindUnloadable(parameter, texts));
@@ -144,14 +146,13 @@ std::vector<const Line*> AddDefaults(QXParameter& parameter, std::vector<const L
 void ConfigureParameter(QXParameter& parameter, const Body& body) {
   const auto complain = [&parameter](const Line& line) {
     QXThrow.Error("Problem parsing interface configuration file or parameter %s\n  line : %s",
-                  parameter.GetName().c_str(), line.raw.c_str());
+                  parameter.GetName().c_str(), line.Raw().c_str());
   };
   std::vector<const Line*> defaults;
   for (auto line = body.begin(); line != body.end(); ++line) {
     if (line->SaysNothing()) continue;
     const Keyword* keyword = FindKeyword(*line);
-    const std::size_t words = line->words.size();
-    if (!keyword || words < keyword->min || words > keyword->max)
+    if (!keyword || line->size < keyword->min || line->size > keyword->max)
       complain(*line);
     else if (keyword->kind == Kind::Detail)
       line = AddDetail(parameter, line + 1, body.end()) - 1;
@@ -167,7 +168,7 @@ void ConfigureParameter(QXParameter& parameter, const Body& body) {
     for (const Line* line : AddDefaults(parameter, defaults)) complain(*line);
   } else {
     for (const Line* line : defaults)
-      if (!parameter.SetStringDefault(line->words[1]) || !parameter.LoadDefault()) complain(*line);
+      if (!parameter.SetStringDefault(line->Word(1)) || !parameter.LoadDefault()) complain(*line);
   }
   for (QXIter<const std::string> text = parameter.GetStringDefaults(); text; ++text)
     if (!parameter.IsLegalString(*text))
@@ -179,7 +180,9 @@ void ConfigureParameter(QXParameter& parameter, const Body& body) {
 
 class ConfigurationReader {
 public:
-  ConfigurationReader(QXInterface& root, QXPlatform::qxistream& in) : lines_(in) {
+  // `source` is a text or a stream.
+  template <class Source>
+  ConfigurationReader(QXInterface& root, Source& source) : lines_(source) {
     for (QXIter<QXInterface> child = root.GetInterfaces(/*recursive=*/true); child; ++child)
       categories_.emplace(child->GetName(), &*child);
   }
@@ -194,13 +197,14 @@ private:
   bool ReadParameter(QXInterface& category, const Line& head);
 
   LineSource lines_;
+  Body body_;  // of the parameter that is read, kept for its memory
   std::unordered_multimap<std::string, QXInterface*> categories_;  // all in the tree, by name
 };
 
 // The priority that a word gives; none gives 0.
-int Priority(const std::string& word) {
+int Priority(std::string_view word) {
   int priority;
-  QXStringToNumber(word, priority);
+  QXStringToNumber(std::string(word), priority);
   return priority;
 }
 
@@ -209,7 +213,7 @@ bool ConfigurationReader::Read(QXInterface& category) {
   if (!level) return false;
   for (Line line; lines_.Next(line);) {
     if (line.SaysNothing()) continue;
-    const bool named = line.words.size() > 1;
+    const bool named = line.size > 1;
     if (line.Is("!END")) {
       return true;
     } else if (line.Is("!BRIEF")) {
@@ -223,10 +227,10 @@ bool ConfigurationReader::Read(QXInterface& category) {
     } else {
       if (line.Begins('!'))
         QXThrow.Error("Probable invalid keyword in interface configuration file\n  line : %s",
-                      line.raw.c_str());
+                      line.Raw().c_str());
       else
         QXThrow.Error("Configuring interface.  Unable to parse line\n  line : %s",
-                      line.raw.c_str());
+                      line.Raw().c_str());
       return false;
     }
   }
@@ -234,7 +238,7 @@ bool ConfigurationReader::Read(QXInterface& category) {
 }
 
 void ConfigurationReader::ReadDetail(QXInterface& category) {
-  for (Line line; lines_.Next(line); category.AddDetail(line.raw)) {
+  for (Line line; lines_.Next(line); category.AddDetail(line.Raw())) {
     if (!line.Begins('!')) continue;
     lines_.PushBack(line);
     return;
@@ -244,24 +248,25 @@ void ConfigurationReader::ReadDetail(QXInterface& category) {
 // Name and priority of a category, from a line whose name may stand in quotes.
 bool ParseCategoryHead(const Line& line, std::string& name, int& priority) {
   const auto refuse = [&line](const char* why) {
-    QXThrow.Error("Error parsing line\n%s\n%s", line.raw.c_str(), why);
+    QXThrow.Error("Error parsing line\n%s\n%s", line.Raw().c_str(), why);
     return false;
   };
   const auto quotes = std::count(line.raw.begin(), line.raw.end(), '"');
   if (quotes == 0) {
     name = line.words[1];
-    priority = Priority(line.words.size() > 2 ? line.words[2] : "");
+    priority = Priority(line.words[2]);
     return true;
   }
   if (quotes != 2) return refuse("Invalid number of double quotes");
   const std::size_t open = line.raw.find('"');
   const std::size_t close = line.raw.find('"', open + 1);
   if (close == open + 1) return refuse("too many quotes");
-  std::vector<std::string> words;
-  QXStringTokenizeWhitespace(words, line.raw.substr(close + 1));
-  if (words.size() > 1) return refuse("a single word does not follow the quoted category name");
+  std::string_view behind = line.raw.substr(close + 1);
+  const std::string_view word = TakeWord(behind);
+  if (!TakeWord(behind).empty())
+    return refuse("a single word does not follow the quoted category name");
   name = line.raw.substr(open + 1, close - open - 1);
-  priority = Priority(words.empty() ? "" : words[0]);
+  priority = Priority(word);
   return true;
 }
 
@@ -293,8 +298,9 @@ QXInterface* ConfigurationReader::FindCategory(const QXInterface& parent,
 }
 
 bool ConfigurationReader::ReadParameter(QXInterface& category, const Line& head) {
-  const std::string& name = head.words[1];
-  Body body;
+  const std::string name = head.Word(1);
+  Body& body = body_;
+  body.clear();
   do {
     if (lines_.Next(body.emplace_back())) continue;
     QXThrow.Error("Configure.  !PARAMETER %s is unterminated (by !END)", name.c_str());
@@ -302,24 +308,24 @@ bool ConfigurationReader::ReadParameter(QXInterface& category, const Line& head)
   } while (!body.back().Is("!END"));
 
   // What the parameter is may be said in any of its lines.
-  const auto says = [](const char* word) {
-    return [word](const Line& line) { return line.words.size() == 2 && line.Is(word); };
+  const auto says = [](std::string_view word) {
+    return [word](const Line& line) { return line.size == 2 && line.Is(word); };
   };
   bool list = false;
   for (const Line& line : body) {
-    if (!says("!LIST")(line) || QXStringToNumber(line.words[1], list)) continue;
+    if (!says("!LIST")(line) || QXStringToNumber(line.Word(1), list)) continue;
     QXThrow.Error("configuring parameter %s : !LIST must be followed by true or false",
                   name.c_str());
     return false;
   }
   const auto type = std::find_if(body.begin(), body.end(), says("!TYPE"));
-  QXParameter* parameter = type == body.end() ? nullptr : category.AddParameter(type->words[1]);
+  QXParameter* parameter = type == body.end() ? nullptr : category.AddParameter(type->Word(1));
   if (!parameter) {
     QXThrow.Error("Unknown or unspecified type for parameter %s", name.c_str());
     return false;
   }
   parameter->SetName(name);
-  parameter->SetOrderPriority(Priority(head.words.size() > 2 ? head.words[2] : ""));
+  parameter->SetOrderPriority(Priority(head.words[2]));
   parameter->SetIsList(list);
   ConfigureParameter(*parameter, body);
   return true;
@@ -407,9 +413,8 @@ bool QXConfigure(QXInterface& interface, QXPlatform::qxistream& in) {
 }
 
 bool QXConfigure(QXInterface& interface, const char* text) {
-  QXPlatform::qxisstream in;
-  if (text) in.set(text, std::strlen(text), /*copy=*/false);
-  return QXConfigure(interface, in);
+  const std::string_view source(text ? text : "");
+  return ConfigurationReader(interface, source).Read(interface);
 }
 
 bool QXConfigure(QXInterface& interface, const unsigned char* text) {

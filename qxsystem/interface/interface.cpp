@@ -155,38 +155,57 @@ bool QXInterface::DeleteInterface(QXInterface& category) {
                      [&](QXInterface* child) { return child->DeleteInterface(category); });
 }
 
+namespace {
+
+bool IsNamed(const QXParameter& parameter, const std::string& name) {
+  if (parameter.GetName() == name) return true;
+  for (QXIter<const std::string> alias = parameter.GetAliases(); alias; ++alias)
+    if (*alias == name) return true;
+  return false;
+}
+
+}  // namespace
+
 QXParameter* QXInterface::GetParameter(const std::string& name) const {
-  for (QXIter<QXParameter> p = GetParameters(/*recursive=*/true); p; ++p) {
-    if (p->GetName() == name) return &*p;
-    for (QXIter<const std::string> alias = p->GetAliases(); alias; ++alias)
-      if (*alias == name) return &*p;
-  }
-  return nullptr;
+  for (QXParameter* parameter : impl_->parameters)
+    if (IsNamed(*parameter, name)) return parameter;
+  const SortItfStuff<QXParameter> before;
+  QXParameter* found = nullptr;
+  impl_->VisitCategories([&](const QXInterface& category) {
+    for (QXParameter* parameter : category.impl_->parameters)
+      if (IsNamed(*parameter, name) && (!found || before(*parameter, *found))) found = parameter;
+    return found != nullptr;
+  });
+  return found;
 }
 
 QXIterBase<QXParameter>* QXInterface::GetParameters(bool recursive) const {
   if (!recursive) return Sorted(impl_->parameters);
   auto all = std::make_unique<std::vector<QXParameter*>>(impl_->parameters);
-  for (QXIter<QXInterface> category = GetInterfaces(/*recursive=*/true); category; ++category)
-    for (QXIter<QXParameter> p = Sorted(category->impl_->parameters); p; ++p) all->push_back(&*p);
+  impl_->VisitCategories([&all](const QXInterface& category) {
+    const std::vector<QXParameter*> own = InOrder(category.impl_->parameters);
+    all->insert(all->end(), own.begin(), own.end());
+    return false;
+  });
   return WalkOwned(std::move(all));
 }
 
 QXInterface* QXInterface::GetInterface(const std::string& name) const {
-  for (QXIter<QXInterface> category = GetInterfaces(/*recursive=*/true); category; ++category)
-    if (category->GetName() == name) return &*category;
-  return nullptr;
+  QXInterface* found = nullptr;
+  impl_->VisitCategories([&](QXInterface& category) {
+    if (category.GetName() == name) found = &category;
+    return found != nullptr;
+  });
+  return found;
 }
 
 QXIterBase<QXInterface>* QXInterface::GetInterfaces(bool recursive) const {
   if (!recursive) return Sorted(impl_->interfaces);
   auto all = std::make_unique<std::vector<QXInterface*>>();
-  const auto collect = [&all](const QXInterfaceImpl& impl, const auto& self) -> void {
-    all->insert(all->end(), impl.interfaces.begin(), impl.interfaces.end());
-    for (QXIter<QXInterface> child = Sorted(impl.interfaces); child; ++child)
-      self(*child->impl_, self);
-  };
-  collect(*impl_, collect);
+  impl_->VisitCategories([&all](QXInterface& category) {
+    all->push_back(&category);
+    return false;
+  });
   return WalkOwned(std::move(all));
 }
 

@@ -125,6 +125,8 @@ public:
   static QXSimpleFactory<std::string, QXParameter>& Factory();
 
 private:
+  friend class QXInterfaceImpl;
+
   std::unique_ptr<QXInterfaceImpl> impl_;  // never null
 };
 

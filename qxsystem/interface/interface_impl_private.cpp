@@ -154,14 +154,41 @@ std::string SettingText(const QXParameter& parameter, const std::string& text) {
   return QuoteBlanks(real ? QXTrimToSigFigs(text) : text);
 }
 
-bool LineSource::Next(Line& line) {
-  if (has_back_) {
-    has_back_ = false;
-    std::swap(line, back_);
-    return true;
+Line::Line(std::string_view text) : raw(text) {
+  for (; size < 4; ++size) {
+    const std::string_view word = TakeWord(text);
+    if (word.empty()) return;
+    if (size == 0) behind = text;
+    if (size < 3) words[size] = word;
   }
-  if (!in_.getline(line.raw)) return false;
-  return QXStringTokenize(line.words, line.raw, WordDelimiters);
+}
+
+bool LineSource::Next(Line& line) {
+  std::string_view raw;
+  if (back_)
+    line = *back_;
+  else if (Read(raw))
+    line = Line(raw);
+  else
+    return false;
+  back_.reset();
+  return true;
+}
+
+// Lines end as those of a stream do: a carriage return counts only in front of a
+// line feed.
+bool LineSource::Read(std::string_view& raw) {
+  if (in_) {
+    const bool more = in_->getline(read_.emplace_back());
+    raw = read_.back();
+    return more;
+  }
+  if (text_.empty()) return false;
+  const std::size_t end = text_.find('\n');
+  raw = text_.substr(0, end);
+  text_.remove_prefix(end == text_.npos ? text_.size() : end + 1);
+  if (end != text_.npos && !raw.empty() && raw.back() == '\r') raw.remove_suffix(1);
+  return true;
 }
 
 }  // namespace QXSystem

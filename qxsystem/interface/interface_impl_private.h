@@ -1,8 +1,12 @@
 // What the sources of the command-line system share.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <deque>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -13,24 +17,6 @@
 #include <qxsystem/platform/istream.h>
 
 namespace QXSystem {
-
-class QXInterfaceImpl {
-public:
-  QXInterfaceImpl();
-  QXInterfaceImpl(const QXInterfaceImpl& other);  // without the parent
-  QXInterfaceImpl& operator=(const QXInterfaceImpl&) = delete;
-  ~QXInterfaceImpl();
-
-  void Clear();
-
-  std::vector<QXParameter*> parameters;  // owned
-  std::vector<QXInterface*> interfaces;  // owned
-  QXInterface* parent = nullptr;
-  std::string name;
-  std::string brief;
-  std::vector<std::string> detail;
-  int order_priority = 0;
-};
 
 // ---- Orders ----
 
@@ -53,6 +39,46 @@ public:
     return a.GetKeyless() < b.GetKeyless();
   }
   KeylessSort* CreateCopy() const override { return new KeylessSort(*this); }
+};
+
+/// Parameters or categories by priority and name; equal ones keep their order.
+template <class T>
+std::vector<T*> InOrder(std::vector<T*> items) {
+  const auto before = [](const T* a, const T* b) { return SortItfStuff<T>()(*a, *b); };
+  if (!std::is_sorted(items.begin(), items.end(), before))
+    std::stable_sort(items.begin(), items.end(), before);
+  return items;
+}
+
+// ---- The tree ----
+
+class QXInterfaceImpl {
+public:
+  QXInterfaceImpl();
+  QXInterfaceImpl(const QXInterfaceImpl& other);  // without the parent
+  QXInterfaceImpl& operator=(const QXInterfaceImpl&) = delete;
+  ~QXInterfaceImpl();
+
+  void Clear();
+
+  /// Visits all categories below in the order of `GetInterfaces(true)`, until one
+  /// says true, and returns whether one did.
+  template <class Visit>
+  bool VisitCategories(const Visit& visit) const {
+    for (QXInterface* child : interfaces)
+      if (visit(*child)) return true;
+    for (QXInterface* child : InOrder(interfaces))
+      if (child->impl_->VisitCategories(visit)) return true;
+    return false;
+  }
+
+  std::vector<QXParameter*> parameters;  // owned
+  std::vector<QXInterface*> interfaces;  // owned
+  QXInterface* parent = nullptr;
+  std::string name;
+  std::string brief;
+  std::vector<std::string> detail;
+  int order_priority = 0;
 };
 
 // ---- Looking parameters up ----
@@ -148,31 +174,40 @@ std::string ReplaceReferences(const std::string& line, const Render& render) {
   return result.append(line, done, std::string::npos);
 }
 
-/// A line and its words.
+/// A line, in memory that is not its own, and its first words.
 struct Line {
-  std::string raw;
-  std::vector<std::string> words;
+  Line() = default;
+  explicit Line(std::string_view text);
 
-  bool Is(const char* word) const { return !words.empty() && words.front() == word; }
-  bool Begins(char c) const { return !words.empty() && words.front().front() == c; }
-  bool SaysNothing() const { return words.empty() || Begins('#'); }
+  std::string_view raw;
+  std::string_view words[3];
+  unsigned size = 0;        // of all words, counted up to 4
+  std::string_view behind;  // the first word
+
+  bool Is(std::string_view word) const { return words[0] == word; }
+  bool Begins(char c) const { return size > 0 && words[0][0] == c; }
+  bool SaysNothing() const { return size == 0 || Begins('#'); }
+  std::string Word(unsigned i) const { return std::string(words[i]); }
+  std::string Raw() const { return std::string(raw); }
 };
 
-/// The lines of a stream, of which the last one read can be read once more.
+/// The lines of a text or a stream, of which the last one read can be read once
+/// more. They stay valid as long as the source, and the text.
 class LineSource {
 public:
-  explicit LineSource(QXPlatform::qxistream& in) : in_(in) {}
+  explicit LineSource(std::string_view text) : text_(text) {}
+  explicit LineSource(QXPlatform::qxistream& in) : in_(&in) {}
 
   bool Next(Line& line);
-  void PushBack(const Line& line) {
-    back_ = line;
-    has_back_ = true;
-  }
+  void PushBack(const Line& line) { back_ = line; }
 
 private:
-  QXPlatform::qxistream& in_;
-  Line back_;
-  bool has_back_ = false;
+  bool Read(std::string_view& raw);
+
+  std::string_view text_;  // what is left of it
+  QXPlatform::qxistream* in_ = nullptr;
+  std::deque<std::string> read_;  // from the stream
+  std::optional<Line> back_;
 };
 
 }  // namespace QXSystem

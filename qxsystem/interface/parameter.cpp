@@ -30,10 +30,10 @@ std::string At(const std::vector<std::string>& texts, unsigned i) {
 
 // Gives the one word that `text` consists of; false for any other number.
 bool OneWord(const std::string& text, std::string& word) {
-  std::vector<std::string> words;
-  QXStringTokenize(words, text, WordDelimiters, /*skipEmpty=*/true);
-  if (words.size() != 1) return false;
-  word = std::move(words.front());
+  std::string_view rest = text;
+  const std::string_view first = TakeWord(rest);
+  if (first.empty() || !TakeWord(rest).empty()) return false;
+  word = first;
   return true;
 }
 

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <deque>
 #include <string>
+#include <string_view>
 
 #include <qxsystem/interface/parameter.h>
 #include <qxsystem/util/qxstring.h>
@@ -14,6 +15,21 @@ namespace QXSystem {
 
 /// What separates words in names, lists and configuration texts.
 constexpr char WordDelimiters[] = " \t\n";
+
+inline bool SeparatesWords(char c) {
+  return static_cast<unsigned char>(c) <= ' ' && (c == ' ' || c == '\t' || c == '\n');
+}
+
+/// Takes the next word off a text; empty when there is none.
+inline std::string_view TakeWord(std::string_view& text) {
+  const char* const end = text.data() + text.size();
+  const char* at = text.data();
+  while (at != end && SeparatesWords(*at)) ++at;
+  const char* const word = at;
+  while (at != end && !SeparatesWords(*at)) ++at;
+  text.remove_prefix(static_cast<std::size_t>(at - text.data()));
+  return {word, static_cast<std::size_t>(at - word)};
+}
 
 /// A value type as text.
 template <class T>

@@ -1,19 +1,19 @@
 // Requirement texts: which parameters a program needs together.
-#include <cstring>
 #include <string>
+#include <string_view>
 
 #include <qxsystem/core/error.h>
 #include <qxsystem/interface/interface.h>
 #include <qxsystem/interface/interface_impl_private.h>
-#include <qxsystem/platform/istream.h>
+#include <qxsystem/interface/parameter_private.h>
 
 namespace QXSystem {
 namespace {
 
 class Requirements {
 public:
-  Requirements(const QXInterface& interface, QXPlatform::qxistream& in, unsigned level)
-      : parameters_(interface), lines_(in), level_(level) {}
+  Requirements(const QXInterface& interface, const char* text, unsigned level)
+      : parameters_(interface), lines_(text), level_(level) {}
 
   // Whether all blocks are met. The first that is not, or that cannot be read,
   // ends the reading.
@@ -38,7 +38,7 @@ bool Requirements::Met() {
   for (Line line; lines_.Next(line);) {
     if (line.SaysNothing()) continue;
     if (!line.Is("!REQUIREMENT")) {
-      QXThrow.Msg(level_, "HasRequired, Problem parsing requirement\n line %s", line.raw.c_str());
+      QXThrow.Msg(level_, "HasRequired, Problem parsing requirement\n line %s", line.Raw().c_str());
       return false;
     }
     Block block;
@@ -65,24 +65,27 @@ bool Requirements::ReadBlock(Block& block) {
 // Sets `holds` if all items of an option hold. False when it cannot be read.
 bool Requirements::ReadOption(const Line& line, bool& holds) const {
   holds = true;
-  const auto& words = line.words;
-  for (std::size_t i = 1; i < words.size(); ++i) {
-    if (words[i].size() < 2) {
-      QXThrow.Msg(level_, "HasRequired.  Problem parsing !OPTION\n line : %s", line.raw.c_str());
+  std::string_view rest = line.behind;
+  std::string_view item = TakeWord(rest);
+  while (!item.empty()) {
+    if (item.size() < 2) {
+      QXThrow.Msg(level_, "HasRequired.  Problem parsing !OPTION\n line : %s", line.Raw().c_str());
       return false;
     }
-    const bool negated = words[i][0] == '!';
-    if (words[i][negated] != '-') continue;  // means nothing
-    const std::string key = words[i].substr(negated);
+    const bool negated = item[0] == '!';
+    const std::string key(item.substr(negated ? 1 : 0));
+    std::string_view value = item = TakeWord(rest);
+    if (key[0] != '-') continue;  // means nothing
     const QXParameter* parameter = parameters_.Find(key);
     if (!parameter) {
       parameters_.Suggest(key);
       QXThrow.Error("HasRequired.  Unknown key %s in !OPTION\n line : %s", key.c_str(),
-                    line.raw.c_str());
+                    line.Raw().c_str());
       return false;
     }
-    const bool hasValue = i + 1 < words.size() && words[i + 1][0] != '-' && words[i + 1][0] != '!';
-    const bool is = hasValue ? parameter->IsSetToString(words[++i]) : parameter->IsSet(0);
+    const bool hasValue = !value.empty() && value[0] != '-' && value[0] != '!';
+    if (hasValue) item = TakeWord(rest);
+    const bool is = hasValue ? parameter->IsSetToString(std::string(value)) : parameter->IsSet(0);
     holds = holds && is != negated;
   }
   return true;
@@ -92,7 +95,7 @@ void Requirements::ReadMessage(std::string& message) {
   for (Line line; lines_.Next(line);) {
     if (line.Begins('!')) return lines_.PushBack(line);
     if (line.Begins('#')) continue;
-    message += line.words.empty() ? "\n" : line.raw + "\n";
+    message += line.size == 0 ? "\n" : line.Raw() + "\n";
   }
 }
 
@@ -108,9 +111,7 @@ bool QXHasRequired(const QXInterface& interface, const unsigned char* requiremen
   }
   if (!requirements) return good;
   const char* text = reinterpret_cast<const char*>(requirements);
-  QXPlatform::qxisstream in;
-  in.set(text, std::strlen(text), /*copy=*/false);
-  return Requirements(interface, in, level).Met() && good;
+  return Requirements(interface, text, level).Met() && good;
 }
 
 }  // namespace QXSystem
