@@ -299,27 +299,26 @@ QXInterface* ConfigurationReader::FindCategory(const QXInterface& parent,
 
 bool ConfigurationReader::ReadParameter(QXInterface& category, const Line& head) {
   const std::string name = head.Word(1);
-  Body& body = body_;
-  body.clear();
+  body_.clear();
   do {
-    if (lines_.Next(body.emplace_back())) continue;
+    if (lines_.Next(body_.emplace_back())) continue;
     QXThrow.Error("Configure.  !PARAMETER %s is unterminated (by !END)", name.c_str());
     return false;
-  } while (!body.back().Is("!END"));
+  } while (!body_.back().Is("!END"));
 
   // What the parameter is may be said in any of its lines.
   const auto says = [](std::string_view word) {
     return [word](const Line& line) { return line.size == 2 && line.Is(word); };
   };
   bool list = false;
-  for (const Line& line : body) {
+  for (const Line& line : body_) {
     if (!says("!LIST")(line) || QXStringToNumber(line.Word(1), list)) continue;
     QXThrow.Error("configuring parameter %s : !LIST must be followed by true or false",
                   name.c_str());
     return false;
   }
-  const auto type = std::find_if(body.begin(), body.end(), says("!TYPE"));
-  QXParameter* parameter = type == body.end() ? nullptr : category.AddParameter(type->Word(1));
+  const auto type = std::find_if(body_.begin(), body_.end(), says("!TYPE"));
+  QXParameter* parameter = type == body_.end() ? nullptr : category.AddParameter(type->Word(1));
   if (!parameter) {
     QXThrow.Error("Unknown or unspecified type for parameter %s", name.c_str());
     return false;
@@ -327,7 +326,7 @@ bool ConfigurationReader::ReadParameter(QXInterface& category, const Line& head)
   parameter->SetName(name);
   parameter->SetOrderPriority(Priority(head.words[2]));
   parameter->SetIsList(list);
-  ConfigureParameter(*parameter, body);
+  ConfigureParameter(*parameter, body_);
   return true;
 }
 

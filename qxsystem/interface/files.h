@@ -31,8 +31,8 @@ class QXWriter;
 /// parameters without a value that are not hidden follow as comments. `mode`, if
 /// not empty, is told in a comment.
 ///
-/// Read back, the file gives the same settings, but for texts that are empty,
-/// hold a line end, or begin and end with a quote. False when the stream refused
+/// Read back, the file gives the same settings, but for texts that are empty or
+/// hold quotes or line ends: nothing is escaped. False when the stream refused
 /// bytes.
 QXSYSTEM_API bool QXWriteSettings(const QXInterface& interface, QXPlatform::qxostream& out,
                                   bool all, const std::string& mode);
