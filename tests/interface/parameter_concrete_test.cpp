@@ -1,0 +1,199 @@
+#include <qxsystem/interface/parameter_concrete.h>
+
+#include <memory>
+
+#include <gtest/gtest.h>
+
+#include <qxsystem/core/errortest.h>
+#include <qxsystem/platform/ostream.h>
+
+#include "interface/support.h"
+#include "platform/temp_dir.h"
+
+using namespace QXSystem;
+using QXPlatform::qxisstream;
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+std::string Content(qxisstream stream) {
+  std::string bytes;
+  stream.read(bytes);
+  return bytes;
+}
+
+// Class id, identity, value type and copy of one class.
+template <class P, class T>
+void ExpectClass(const std::string& id) {
+  SCOPED_TRACE(id);
+  const P p("-p");
+  EXPECT_EQ(P::StaticClassID(), id);
+  EXPECT_EQ(p.ClassID(), id);
+  EXPECT_EQ(p.TypedParameterTypeID(), QXGetDataType<QXTypedParameter<T>>());
+  EXPECT_EQ(p.FactoryTypeID(), QXGetDataType<P>());
+  const std::unique_ptr<QXParameter> copy(p.CreateCopy());
+  EXPECT_EQ(typeid(*copy), typeid(P));
+}
+
+TEST(QXConcreteParameters, KnowTheirClassTypeAndCopy) {
+  ExpectClass<QXBoolParameter, bool>("bool");
+  ExpectClass<QXIntParameter, int>("int");
+  ExpectClass<QXUIntParameter, unsigned>("unsigned");
+  ExpectClass<QXFloatParameter, float>("float");
+  ExpectClass<QXDoubleParameter, double>("double");
+  ExpectClass<QXStringParameter, std::string>("string");
+  ExpectClass<QXConstParameter, unsigned>("const");
+  ExpectClass<QXBitParameter, unsigned>("bit");
+  ExpectClass<QXStringExtParameter, std::string>("stringExt");
+  ExpectClass<QXFileParameter, qxisstream>("file");
+  ExpectClass<QXParamFileParameter, qxisstream>("param_file");
+}
+
+TEST(QXBoolParameter, TakesTheWordsOfBothKindsAndNoLists) {
+  QXBoolParameter p("-b");
+  bool on = false;
+  for (const char* word : {"1", "ON", "Yes", "T", "true", "y"})
+    EXPECT_TRUE(p.GetTypedValue(on, word) && on) << word;
+  for (const char* word : {"0", "off", "No", "f", "FALSE", "N"})
+    EXPECT_TRUE(p.GetTypedValue(on, word) && !on) << word;
+  for (const char* word : {"2", "", "tr", "10"}) EXPECT_FALSE(p.IsLegalString(word)) << word;
+  EXPECT_FALSE(p.AddLegalValue("1") || p.AddIllegalValue("1") || p.AddLegalRange("0", "1") ||
+               p.AddIllegalRange("0", "1"));
+  EXPECT_TRUE(p.IsLegal(false));
+}
+
+TEST(QXPODParameter, SetsAllTextsOfAListOrNone) {
+  QXIntParameter p("-n");
+  p.AddIllegalValue("9");
+  EXPECT_TRUE(p.SetStringValues("1,2 3\t,\n+4"));
+  EXPECT_EQ(All(p.GetValues()), (std::vector<int>{1, 2, 3, 4}));
+  for (const char* bad : {"", " ,\t\n", "1,x", "5,9"}) EXPECT_FALSE(p.SetStringValues(bad)) << bad;
+  EXPECT_EQ(All(p.GetStringValues()), (Texts{"1", "2", "3", "4"}));
+  EXPECT_TRUE(p.IsSetToString(" 3 ") && !p.IsSetToString("9") && !p.IsSetToString("x"));
+}
+
+TEST(QXStringParameter, MatchesItsListsInAnyCase) {
+  QXStringParameter p("-s");
+  EXPECT_TRUE(p.IsLegalString("anything"));
+  EXPECT_FALSE(p.AddLegalRange("a", "b") || p.AddIllegalRange("a", "b"));
+  p.AddLegalValue("*.SDF");
+  p.AddLegalValue("none");
+  p.AddIllegalValue("Old*");
+  for (const char* good : {"x.sdf", "X.Sdf", "NONE"}) EXPECT_TRUE(p.IsLegalString(good)) << good;
+  for (const char* bad : {"x.mol", "old.sdf", "nonesuch"})
+    EXPECT_FALSE(p.IsLegalString(bad) || p.IsLegal(bad)) << bad;
+  p.AddStringValue("A");
+  ASSERT_TRUE(p.Load());
+  EXPECT_TRUE(p.IsSetToString("A") && !p.IsSetToString("a"));  // exact, unlike legality
+}
+
+TEST(QXConstParameter, PairsNumbersWithNames) {
+  QXConstParameter p("-c");
+  EXPECT_EQ(All(p.GetPrettyLegalValues()), Texts{});
+  EXPECT_FALSE(p.AddLegalValue("fast"));  // no number to name
+  for (const char* text : {"3", "Fast", "FAST", "1", "2", "slow"})
+    EXPECT_TRUE(p.AddLegalValue(text)) << text;
+  EXPECT_TRUE(p.AddLegalValue("careful"));
+  EXPECT_FALSE(p.AddLegalValue("more"));  // all three have one
+  EXPECT_EQ(All(p.GetLegalValues()), (Texts{"3", "Fast", "FAST", "1", "2", "slow", "careful"}));
+  EXPECT_EQ(All(p.GetPrettyLegalValues()), (Texts{"careful", "fast", "slow"}));
+  EXPECT_EQ(p.GetKeyIndex("Careful"), 2u);
+  EXPECT_EQ(p.GetKeyIndex("none"), QXConstParameter::m_invalidKey);
+
+  p.AddIllegalValue("slow");
+  EXPECT_TRUE(p.IsLegalString("slow"));  // by name, while its number is not
+  EXPECT_FALSE(p.IsLegalString("1") || p.IsLegalString("4") || p.IsLegalString("x"));
+  EXPECT_TRUE(p.SetValue("FAST") && !p.SetValue("slow") && !p.AddValue("x"));
+  EXPECT_EQ(All(p.GetStringValues()), Texts{"3"});
+  EXPECT_TRUE(p.SetDefault("careful") && p.AddDefault("fast"));
+  EXPECT_EQ(p.GetPrettyDefault(0) + p.GetPrettyDefault(1) + p.GetPrettyDefault(2), "carefulfast");
+  EXPECT_EQ(p.GetStringDefault(1), "3");
+
+  EXPECT_TRUE(p.SetStringValues("careful,3"));
+  EXPECT_EQ(All(p.GetValues()), (std::vector<unsigned>{2, 3}));
+}
+
+TEST(QXConstParameter, StartsWithItsEntryAsDefault) {
+  const QXConstParameter p("-c", 3, "Three");
+  EXPECT_EQ(p.GetStringDefault(), "3");
+  EXPECT_EQ(p.GetPrettyDefault(), "three");
+  EXPECT_EQ(All(p.GetLegalValues()), (Texts{"3", "three"}));
+}
+
+TEST(QXBitParameter, TakesCombinationsOfItsFlags) {
+  QXBitParameter p("-b", 1, "a");
+  p.AddLegalEntry(2, "B");
+  unsigned mask = 7;
+  EXPECT_TRUE(p.GetMask("A,b", mask) && mask == 3);
+  EXPECT_TRUE(p.GetMask("", mask) && mask == 0);
+  EXPECT_FALSE(p.GetMask("a, b", mask));  // " b" is no flag
+  EXPECT_EQ(mask, 0u);
+  for (const char* good : {"a,b", "3", "9", ""}) EXPECT_TRUE(p.IsLegalString(good)) << good;
+  for (const char* bad : {"0", "4", "a,c"}) EXPECT_FALSE(p.IsLegalString(bad)) << bad;
+
+  EXPECT_FALSE(p.IsLegal(3));
+  EXPECT_TRUE(p.SetValue(3) && p.AddValue("a,b"));
+  EXPECT_TRUE(p.IsLegal(3));  // from now on
+  EXPECT_FALSE(p.AddValue(4));
+  EXPECT_TRUE(p.SetDefault(9) && p.AddDefault(1));
+  EXPECT_EQ(All(p.GetValues()), (std::vector<unsigned>{3, 3}));
+  EXPECT_EQ(All(p.GetLegalValues()), (Texts{"1", "a", "2", "b", "3", "9"}));
+}
+
+TEST(QXStringExtParameter, TakesAFileWhereTheTextIsNotLegal) {
+  const TempDir dir;
+  const std::string file = dir.Write("file", "text of\nthe file");
+  const std::string empty = dir.Write("empty", "");
+  QXPushSimpleQXThrowTester reports;
+  QXStringExtParameter p("-s");
+  p.AddLegalValue("word");
+  EXPECT_TRUE(p.IsLegalString("WORD") && p.IsLegalString(file));
+  EXPECT_FALSE(reports.HasMessages());
+  EXPECT_FALSE(p.IsLegalString(empty));
+  EXPECT_EQ(reports.GetErrorLog(),
+            "level = 4\n-s file " + empty + " does not exist or is empty.\n");
+
+  EXPECT_TRUE(p.AddStringValue("WORD") && p.AddStringValue(file) && p.Load());
+  EXPECT_EQ(All(p.GetValues()), (Texts{"WORD", "text of\nthe file"}));
+  EXPECT_EQ(p.GetStringValue(1), file);
+  EXPECT_TRUE(p.AddStringValue(empty));
+  EXPECT_FALSE(p.Load());
+}
+
+TEST(QXFileParameter, HoldsTheBytesAfterTheFileHasGone) {
+  QXFileParameter p("-f");
+  std::string name;
+  {
+    const TempDir dir;
+    name = dir.Write("file", "bytes");
+    EXPECT_TRUE(p.SetStringValue(name) && p.Load());
+    EXPECT_TRUE(p.IsSetToString(name));
+    // No file, an empty one, a directory, and one that tells no size but 0.
+    QXFileParameter q("-q");
+    for (const std::string& bad :
+         {dir.Path("none"), dir.Write("empty", ""), dir.Path(""), std::string("/proc/self/stat")}) {
+      EXPECT_TRUE(q.SetStringValue(bad)) << bad;
+      EXPECT_FALSE(q.Load() || q.GetHasValue()) << bad;
+    }
+  }
+  qxisstream stream;
+  ASSERT_TRUE(p.GetSetting(stream));
+  EXPECT_EQ(Content(stream), "bytes");
+
+  const std::unique_ptr<QXParameter> copy(p.CreateCopy());
+  EXPECT_TRUE(p.SetValue(qxisstream("typed")));
+  EXPECT_EQ(p.GetStringValue(), "");  // there is no text for bytes
+  EXPECT_FALSE(p.SetStringValues(name));
+  EXPECT_FALSE(p.AddLegalValue("x") || p.AddIllegalValue("x") || p.AddLegalRange("x", "y") ||
+               p.AddIllegalRange("x", "y"));
+  EXPECT_TRUE(p.IsLegalString("x"));
+
+  std::vector<unsigned char> buffer(p.ValueAndDefaultBinarySize());
+  EXPECT_EQ(p.WriteValueAndDefaultBinary(buffer.data()), buffer.size());
+  EXPECT_EQ(copy->ReadValueAndDefaultBinary(buffer.data()), buffer.size());
+  ASSERT_TRUE(static_cast<QXFileParameter&>(*copy).GetValue(stream));
+  EXPECT_EQ(Content(stream), "typed");
+}
+
+}  // namespace

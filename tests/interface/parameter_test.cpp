@@ -1,0 +1,299 @@
+#include <qxsystem/interface/parameter.h>
+
+#include <cstring>
+#include <memory>
+
+#include <gtest/gtest.h>
+
+#include <qxsystem/core/errortest.h>
+#include <qxsystem/interface/factory.h>
+#include <qxsystem/interface/parameter_concrete.h>
+#include <qxsystem/util/qxstring.h>
+
+#include "interface/support.h"
+
+using namespace QXSystem;
+using namespace std::string_literals;
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+TEST(QXParameter, NamesAndAliasesAreSingleWords) {
+  QXIntParameter p("  -n\t");
+  EXPECT_EQ(p.GetName(), "-n");
+  for (const char* bad : {"", " \t\n", "-a -b"}) {
+    EXPECT_FALSE(p.SetName(bad)) << bad;
+    EXPECT_FALSE(p.AddAlias(bad)) << bad;
+  }
+  EXPECT_EQ(p.GetName(), "-n");
+  EXPECT_TRUE(p.AddAlias(" -a\n"));
+  EXPECT_EQ(All(p.GetAliases()), Texts{"-a"});
+  EXPECT_EQ(QXIntParameter("two words").GetName(), "");
+  EXPECT_EQ(QXIntParameter("-x\r").GetName(), "-x\r");  // no separator here
+}
+
+TEST(QXParameter, TextBecomesASettingWhenItIsLoaded) {
+  QXIntParameter p("-n", 7);
+  EXPECT_TRUE(p.IsSet());
+  EXPECT_FALSE(p.GetHasValue());
+  EXPECT_TRUE(p.AddStringValue("1"));
+  EXPECT_TRUE(p.AddStringValue(" 2 "));
+  EXPECT_FALSE(p.AddStringValue("x"));
+  EXPECT_FALSE(p.SetStringValue("x"));
+  EXPECT_FALSE(p.GetHasValue());
+  EXPECT_EQ(All(p.GetSettings()), std::vector<int>{7});
+
+  EXPECT_TRUE(p.Load());
+  EXPECT_EQ(All(p.GetSettings()), (std::vector<int>{1, 2}));
+  EXPECT_EQ(p.GetStringValue(1), " 2 ");
+  EXPECT_EQ(p.GetStringValue(5), "");
+  int n = 99;
+  EXPECT_FALSE(p.GetValue(n, 5));
+  EXPECT_FALSE(p.GetSetting(n, 2));
+  EXPECT_EQ(n, 99);
+
+  EXPECT_TRUE(p.ClearValues());
+  EXPECT_EQ(p.GetStringValue(), "");
+  ASSERT_TRUE(p.GetSetting(n));
+  EXPECT_EQ(n, 7);
+}
+
+TEST(QXParameter, TypedSettersKeepTheTextInStep) {
+  QXIntParameter p("-n");
+  p.AddIllegalValue("3");
+  EXPECT_FALSE(p.SetValue(3));
+  EXPECT_TRUE(p.AddValue(4) && p.AddValue(-5));
+  EXPECT_FALSE(p.AddDefault(3));
+  EXPECT_TRUE(p.AddDefault(6) && p.SetDefault(8));
+  EXPECT_EQ(All(p.GetStringValues()), (Texts{"4", "-5"}));
+  EXPECT_EQ(All(p.GetStringDefaults()), Texts{"8"});
+  int n = 0;
+  EXPECT_TRUE(p.GetSetting(n, 1) && n == -5);
+  EXPECT_FALSE(p.GetDefault(n, 1));
+  QXIter<const int> last = p.GetValues();
+  last.ToLast();
+  EXPECT_TRUE(p.SetValue(*last));  // one of its own
+  EXPECT_EQ(All(p.GetValues()), std::vector<int>{-5});
+
+  // What is set has a fixed number of decimals, and loading goes by the text.
+  QXDoubleParameter d("-d", 1e-13);
+  double x = 0;
+  EXPECT_TRUE(d.GetDefault(x) && x == 1e-13);
+  EXPECT_EQ(d.GetStringDefault(), "0.000000000000");
+  EXPECT_TRUE(d.Load() && d.GetDefault(x) && x == 0);
+}
+
+TEST(QXParameter, WritesEveryTypeInItsForm) {
+  EXPECT_EQ(QXBoolParameter("-x", true).GetStringDefault(), "true");
+  EXPECT_EQ(QXIntParameter("-x", -2147483647 - 1).GetStringDefault(), "-2147483648");
+  EXPECT_EQ(QXUIntParameter("-x", 4294967295u).GetStringDefault(), "4294967295");
+  EXPECT_EQ(QXFloatParameter("-x", 0.1f).GetStringDefault(), "0.100000");
+  EXPECT_EQ(QXDoubleParameter("-x", 1.0 / 3).GetStringDefault(), "0.333333333333");
+  EXPECT_EQ(QXStringParameter("-x", "a b").GetStringDefault(), "a b");
+}
+
+TEST(QXParameter, RangesReachFromBoundToBound) {
+  const struct {
+    const char* low;
+    const char* high;
+    const char* inside;
+    const char* outside;
+  } cases[] = {{"1", "10", "1 5 10", "0 10.5 nan"},
+               {"10", "1", "1 5 10", "0.999 11"},
+               {"inf", "2", "2 3 inf", "1.999 -inf"},
+               {"-inf", "2", "2 -9 -inf", "2.001 inf"},
+               {"2", "inf", "2 3", "1"},
+               {"2", "-inf", "2 1", "3"}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.low + " to "s + c.high);
+    QXDoubleParameter legal("-d"), illegal("-d");
+    EXPECT_TRUE(legal.AddLegalRange(c.low, c.high));
+    EXPECT_TRUE(illegal.AddIllegalRange(c.low, c.high));
+    std::vector<std::string> words;
+    for (const bool in : {true, false}) {
+      QXStringTokenize(words, in ? c.inside : c.outside, " ");
+      for (const std::string& word : words) {
+        EXPECT_EQ(legal.IsLegalString(word), in) << word;
+        EXPECT_EQ(illegal.IsLegalString(word), !in) << word;
+      }
+    }
+  }
+  EXPECT_FALSE(QXIntParameter("-n").AddIllegalRange("inf", "3"));  // no int
+}
+
+TEST(QXParameter, IllegalBeatsLegal) {
+  QXIntParameter p("-n");
+  EXPECT_TRUE(p.IsLegal(5));
+  p.AddIllegalValue("5");
+  EXPECT_FALSE(p.IsLegal(5));
+  EXPECT_TRUE(p.IsLegal(6));  // nothing is listed as legal: all else is
+  p.AddLegalRange("1", "9");
+  p.AddLegalValue("20");
+  p.AddIllegalRange("7", "8");
+  for (int n : {1, 6, 9, 20}) EXPECT_TRUE(p.IsLegal(n)) << n;
+  for (int n : {0, 5, 7, 8, 10, 21}) EXPECT_FALSE(p.IsLegal(n)) << n;
+}
+
+TEST(QXParameter, ReportsListsThatCannotBeUnderstood) {
+  QXPushSimpleQXThrowTester reports;
+  QXThrow.SetStrict(false);
+  QXIntParameter p("-n");
+  p.AddLegalValue("5");
+  p.AddLegalRange("-inf", "inf");
+  EXPECT_TRUE(p.IsLegal(5));  // decided before the range is met
+  EXPECT_FALSE(reports.HasMessages());
+  EXPECT_FALSE(p.IsLegal(6));
+
+  QXIntParameter q("-q");
+  q.AddLegalRange("1", "x");
+  q.AddLegalRange("0", "9");
+  EXPECT_FALSE(q.IsLegal(4));  // the bad one ends the question
+
+  QXDoubleParameter r("-r");
+  r.AddIllegalRange("-inf", "-inf");
+  EXPECT_FALSE(r.IsLegal(4));
+
+  EXPECT_EQ(reports.GetErrorLog(),
+            "level = 5\n"
+            "Invalid legal range for parameter -n is (-inf to inf)\n"
+            "Invalid legal range for parameter -q is (1 to x)\n"
+            "Invalid illegal range for parameter -r is (-inf to -inf)\n");
+}
+
+// A parameter whose words change their meaning after they were listed.
+struct Fickle : QXIntParameter {
+  using QXIntParameter::QXIntParameter;
+  bool GetTypedValue(int& out, const std::string& text) const override {
+    return text != "2" && QXIntParameter::GetTypedValue(out, text);
+  }
+};
+
+TEST(QXParameter, ReadsItsListsWithTheConversionOfItsClass) {
+  QXPushSimpleQXThrowTester reports;
+  QXThrow.SetStrict(false);
+  Fickle p("-n");
+  p.AddIllegalValue("2");
+  p.AddLegalValue("2");
+  p.AddLegalValue("3");
+  EXPECT_TRUE(p.IsLegal(3));
+  EXPECT_FALSE(p.IsLegal(2));
+  EXPECT_EQ(reports.GetErrorLog(),
+            "level = 5\n"
+            "Cannot interpret illegal value 2, of parameter -n\n"
+            "Cannot interpret legal value 2, of parameter -n\n"
+            "Cannot interpret illegal value 2, of parameter -n\n"
+            "Cannot interpret legal value 2, of parameter -n\n");
+
+  // A failed load leaves no half of the values behind.
+  p.AddStringValue("1");
+  p.AddStringValue("2");
+  EXPECT_FALSE(p.Load());
+  EXPECT_FALSE(p.GetHasValue());
+  EXPECT_EQ(p.GetStringValue(1), "2");
+}
+
+TEST(QXParameter, CopiesEveryField) {
+  QXConstParameter p("-p", 3, "Three");
+  p.AddAlias("-q");
+  p.SetBrief("brief");
+  p.AddDetail("one");
+  p.SetRequired(true);
+  p.SetKeyless(2);
+  p.SetVisibility(QXVisibility::Hidden);
+  p.SetOrderPriority(-4);
+  p.SetInput(5);
+  p.SetOutput(true);
+  p.SetElement("element");
+  p.SetCommand("command");
+  p.SetIsList(true);
+  p.AddIllegalValue("9");
+  p.AddLegalRange("1", "2");
+  p.AddIllegalRange("3", "4");
+  p.AddStringValue("three");
+  ASSERT_TRUE(p.Load());
+
+  const std::unique_ptr<QXParameter> copy(p.CreateCopy());
+  p.SetBrief("changed");
+  p.ClearValues();
+  auto& c = dynamic_cast<QXConstParameter&>(*copy);
+  EXPECT_EQ(c.GetName() + c.GetBrief() + c.GetElement() + c.GetCommand(), "-pbriefelementcommand");
+  EXPECT_TRUE(c.GetRequired() && c.GetOutput() && c.GetIsList());
+  EXPECT_EQ(c.GetKeyless() + c.GetVisibility() + c.GetInput(), 9u);
+  EXPECT_EQ(c.GetOrderPriority(), -4);
+  EXPECT_EQ(All(c.GetAliases()), Texts{"-q"});
+  EXPECT_EQ(All(c.GetDetail()), Texts{"one"});
+  EXPECT_EQ(All(c.GetLegalValues()), (Texts{"3", "three"}));
+  EXPECT_EQ(All(c.GetIllegalValues()), Texts{"9"});
+  EXPECT_EQ(All(c.GetLegalRanges()), (std::vector<QXStringPair>{{"1", "2"}}));
+  EXPECT_EQ(All(c.GetIllegalRanges()), (std::vector<QXStringPair>{{"3", "4"}}));
+  EXPECT_EQ(All(c.GetStringValues()), Texts{"three"});
+  EXPECT_EQ(All(c.GetStringDefaults()), Texts{"3"});
+  EXPECT_EQ(All(c.GetValues()), std::vector<unsigned>{3});
+  EXPECT_EQ(c.GetKeyIndex("THREE"), 3u);
+}
+
+template <class P, class T>
+void BinaryRoundTrip(const std::vector<T>& values, const std::string& bytes) {
+  P p("-p");
+  for (const T& value : values) ASSERT_TRUE(p.AddValue(value));
+  std::vector<unsigned char> buffer(p.ValueAndDefaultBinarySize() + 1, 0xEE);
+  ASSERT_EQ(p.WriteValueAndDefaultBinary(buffer.data()), buffer.size() - 1);
+  EXPECT_EQ(std::string(buffer.begin(), buffer.end() - 1), bytes + "\1\0\0\0\0"s);
+  EXPECT_EQ(buffer.back(), 0xEE);
+
+  P q("-q");
+  q.AddDefault(values.front());
+  EXPECT_EQ(q.ReadValueAndDefaultBinary(buffer.data()), buffer.size() - 1);
+  EXPECT_EQ(All(q.GetValues()), values);
+  EXPECT_FALSE(q.IsSet(static_cast<unsigned>(values.size())) || q.GetHasDefault());
+}
+
+TEST(QXParameter, BinaryFormIsAHeadACountAndTheEntries) {
+  BinaryRoundTrip<QXBoolParameter, bool>({true, false}, "\1\2\0\0\0\1\0"s);
+  BinaryRoundTrip<QXIntParameter, int>({-2}, "\1\1\0\0\0\xFE\xFF\xFF\xFF"s);
+  BinaryRoundTrip<QXUIntParameter, unsigned>({0x01020304}, "\1\1\0\0\0\4\3\2\1"s);
+  BinaryRoundTrip<QXFloatParameter, float>({1.5f}, "\1\1\0\0\0\0\0\xC0\x3F"s);
+  BinaryRoundTrip<QXDoubleParameter, double>({1.5}, "\1\1\0\0\0\0\0\0\0\0\0\xF8\x3F"s);
+  BinaryRoundTrip<QXStringParameter, std::string>({"", "ab"}, "\1\2\0\0\0\0\0\0\0\2\0\0\0ab"s);
+}
+
+TEST(QXParameter, BinaryFormIsReadInEitherByteOrder) {
+  const auto read = [](QXParameter& p, const std::string& bytes) {
+    return p.ReadValueAndDefaultBinary(reinterpret_cast<const unsigned char*>(bytes.data()));
+  };
+  QXStringParameter s("-s");
+  EXPECT_EQ(read(s, "\x41\0\0\0\1\0\0\0\2ab\1\1\0\0\0\1\0\0\0c"s), 21u);
+  EXPECT_EQ(All(s.GetValues()), Texts{"ab"});
+  EXPECT_EQ(All(s.GetDefaults()), Texts{"c"});
+
+  QXUIntParameter u("-u", 1);
+  EXPECT_EQ(read(u, "\x61\0\0\0\1\1\2\3\4\2"s), 10u);  // head bits beyond the six mean nothing
+  EXPECT_EQ(All(u.GetValues()), std::vector<unsigned>{0x01020304});
+  EXPECT_EQ(All(u.GetDefaults()), std::vector<unsigned>{1});  // its block was of another kind
+  EXPECT_EQ(read(u, "\2"s), 1u);
+}
+
+struct Broken : QXFactoryWorkerBase<QXParameter> {
+  QXParameter* Construct() const override { return nullptr; }
+  Broken* CreateCopy() const override { return new Broken; }
+};
+
+TEST(QXSimpleFactory, MakesWhatIsRegisteredFirst) {
+  QXPushSimpleQXThrowTester reports;
+  QXThrow.SetStrict(false);
+  QXSimpleFactory<std::string, QXParameter> factory;
+  EXPECT_TRUE(factory.Register("n", new QXFactoryWorker<QXParameter, QXIntParameter>));
+  EXPECT_FALSE(factory.Register("n", new Broken));
+  EXPECT_TRUE(factory.Register("null", nullptr));
+  const std::unique_ptr<QXParameter> n(factory.Construct("n"));
+  EXPECT_EQ(n->ClassID() + n->GetName(), "int");
+  EXPECT_FALSE(reports.HasMessages());
+  EXPECT_EQ(factory.Construct("null"), nullptr);
+  EXPECT_EQ(factory.Construct("%s"), nullptr);
+  EXPECT_EQ(reports.GetErrorLog(),
+            "level = 4\nQXSimpleFactory.  Unknown classid %s\n"
+            "level = 5\nNULL pointer in Factory Registry\n");
+}
+
+}  // namespace
