@@ -104,9 +104,14 @@ TEST(QXBDamage, DenseInputStaysInsideTheBound) {
     for (const std::string& stream : {bytes, Counted("\x36", bytes), Block(bytes)})
       Read(stream, false);
   }
-  std::string names;
-  for (int i = 10000; i < 30000; ++i) names += Hex("00 85 '" + std::to_string(i) + "' 50 80");
+  std::string names, unread;
+  for (int i = 10000; i < 30000; ++i) {
+    const std::string name = "00 85 '" + std::to_string(i) + "'";
+    names += Hex(name + "50 80");
+    unread += Hex("1F 60 1F 51 8A 1F 88" + name + "07");
+  }
   Read(Block(names), false);
+  Read(Block(unread + unread), false);
 }
 
 }  // namespace

@@ -24,9 +24,9 @@ std::string Log(const std::string& warnings) {
 
 template <class... Code>
 std::string WriteTag(const std::string& name, Code... code) {
-  qxosstream out;
-  const bool done = QXBWriteTag(out, name.c_str(), static_cast<unsigned char>(code)...);
-  return (done ? "" : "refused: ") + out.str();
+  return Written([&](qxostream& out) {
+    return QXBWriteTag(out, name.c_str(), static_cast<unsigned char>(code)...);
+  });
 }
 
 TEST(QXBLength, IsReadBackOrReported) {
@@ -106,11 +106,11 @@ TEST(QXBTag, IsWrittenOrRefusedWhole) {
   const std::string longest(1023, 'n');
   EXPECT_EQ(WriteTag("QXBas"), Hex("00 85 'QXBas'"));
   EXPECT_EQ(WriteTag(longest), Hex("00 7F 87") + longest);
-  EXPECT_EQ(WriteTag(longest + "n") + WriteTag(""), "refused: refused: ");
+  EXPECT_EQ(WriteTag(longest + "n") + WriteTag(""), "false: false: ");
   // With a code, the code decides on the form.
   EXPECT_EQ(WriteTag("QXBase", 0), Hex("00 86 'QXBase'"));
   EXPECT_EQ(WriteTag("any", 200) + WriteTag("", 57), Hex("C8 39"));
-  EXPECT_EQ(WriteTag(longest + "n", 31), "refused: ");
+  EXPECT_EQ(WriteTag(longest + "n", 31), "false: ");
 }
 
 TEST(QXBTag, ReadsAndReports) {

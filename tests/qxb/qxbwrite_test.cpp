@@ -12,15 +12,9 @@ using namespace qxbtest;
 
 namespace {
 
-std::string Told(bool done, const qxosstream& out) {
-  return (done ? "" : "false: ") + out.str();
-}
-
 std::string Write(const QXBase& object, const QXBinaryIOHandlerBase& handler = QXBinaryIOHandler(),
                   const std::string& tag = "QXBasePOD") {
-  qxosstream out;
-  const bool done = QXBWriteQXBase(out, object, tag, handler);
-  return Told(done, out);
+  return Written([&](qxostream& out) { return QXBWriteQXBase(out, object, tag, handler); });
 }
 
 QXContainer ReadBlock(const std::string& record,
@@ -174,9 +168,7 @@ TEST(QXBWrite, CollectsRecordsInAGroup) {
   const auto write = [](const char* method, std::vector<QXWriteFxn<QXContainer>*> children) {
     const QXCollectWriteFxn<QXContainer> original("QXGroup", *method, method, children);
     const std::unique_ptr<QXWriteFxn<QXContainer>> fxn(original.CreateCopy());
-    qxosstream out;
-    const bool done = (*fxn)(out, QXContainer(), QXBinaryIOHandler());
-    return Told(done, out);
+    return Written([&](qxostream& out) { return (*fxn)(out, QXContainer(), QXBinaryIOHandler()); });
   };
   std::string packed;
   ASSERT_TRUE(QXPlatform::QXCompress(packed, "abcde", 5, "gz"));
@@ -185,8 +177,8 @@ TEST(QXBWrite, CollectsRecordsInAGroup) {
   EXPECT_EQ(write("none", {new Child("ab")}), "false: ");
   EXPECT_EQ(write("", {new Child("ab"), new Child("cd", false)}), "false: ");
   EXPECT_EQ(write("", {new Child("")}), "");
-  qxosstream out;
-  EXPECT_FALSE(QXBWriteRecord(out, "QXBase", "", 0) || out.size() != 0);
+  EXPECT_EQ(Written([](qxostream& out) { return QXBWriteRecord(out, "QXBase", "", 0); }),
+            "false: ");
 }
 
 TEST(QXBWrite, TellsEveryRefusedByte) {

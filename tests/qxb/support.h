@@ -195,6 +195,14 @@ inline unsigned ReadAll(qxistream& in, QXContainer& object, const QXBinaryIOHand
   return status;
 }
 
+// What `write` puts into a stream, "false: " in front where it returns that.
+template <class F>
+std::string Written(F write) {
+  qxosstream out;
+  const bool done = write(out);
+  return (done ? "" : "false: ") + out.str();
+}
+
 // Takes a number of bytes and refuses the others.
 class RefusingStream : public qxostream {
 public:
