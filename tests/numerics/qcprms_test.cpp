@@ -157,6 +157,7 @@ TEST(Superposition, TellsWhyItFallsBack) {
       {"NaN", {four, broken, {}}, true, newton, nan},
       {"no weight", {four, twice, {1, -1, 1, -1}}, true, newton, nan},
       {"line", {line, line, {}}, true, rotation, 0},
+      {"line, distance only", {line, line, {}}, false, "", 0},
       {"odd weights", {four, twice, {-4, 1, 1, -3}}, false, "Sqrt yields non-normal number", nan},
       {"above 0.001", {four, near, {}}, true, "", 0.0006 * std::sqrt(3)},
       {"below 0.001", {four, nearer, {}}, true, "", 0},
