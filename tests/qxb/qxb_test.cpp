@@ -15,11 +15,7 @@ namespace {
 constexpr char EndInLength[] =
     "end of file reached in QXBReadDataLength(QXPlatform::qxistream &)\n";
 constexpr char CorruptLength[] = "data size corrupt in QXBinary file\n";
-
-std::string BadTag(int length) {
-  return "error occurred while reading tag in QXBinary file (len = " + std::to_string(length) +
-         ")\n";
-}
+const std::string badTag = "error occurred while reading tag in QXBinary file (len = ";
 
 // The log of these warnings, each with its line end.
 std::string Log(const std::string& warnings) {
@@ -28,9 +24,9 @@ std::string Log(const std::string& warnings) {
 
 template <class... Code>
 std::string WriteTag(const std::string& name, Code... code) {
-  qxosstream out;
-  const bool done = QXBWriteTag(out, name.c_str(), static_cast<unsigned char>(code)...);
-  return (done ? "" : "refused: ") + out.str();
+  return Written([&](qxostream& out) {
+    return QXBWriteTag(out, name.c_str(), static_cast<unsigned char>(code)...);
+  });
 }
 
 TEST(QXBLength, IsReadBackOrReported) {
@@ -59,15 +55,8 @@ TEST(QXBLength, IsReadBackOrReported) {
     EXPECT_EQ(in.get(), ends ? -1 : 0x81);
     EXPECT_EQ(reports.GetErrorLog(), Log(c.warnings));
     if (c.value == 0) continue;
-    qxosstream out, narrow;
-    EXPECT_TRUE(QXBWriteDataLength(out, c.value));
-    EXPECT_TRUE(QXBWriteDataLength(narrow, static_cast<unsigned>(c.value)));
-    EXPECT_EQ(out.str(), Hex(c.bytes));
-    EXPECT_EQ(narrow.str(), Hex(c.value <= QXBMaxLength ? c.bytes : "7F 7F 7F 7F 8F"));
-  }
-  for (unsigned bytes = 1; bytes <= 9; ++bytes) {
-    EXPECT_EQ(QXBDataLengthBytes((1UL << 7 * bytes) - 1), bytes);
-    EXPECT_EQ(QXBDataLengthBytes(1UL << 7 * bytes), bytes + 1);
+    EXPECT_EQ(Written([&](qxostream& out) { return QXBWriteDataLength(out, c.value); }),
+              Hex(c.bytes));
   }
 }
 
@@ -84,8 +73,6 @@ TEST(QXBTag, HasAShortFormFor48Names) {
       "48 QXConfTorsionHalfFloat 49 QXConfTorsionDouble 50 QXConfTorsionCompressed "
       "51 QXConfTorsionHalfFloatCompressed 52 QXConfTorsionDoubleCompressed 53 QXContainer "
       "54 QXGroup 55 zstdQXMCMolBase 56 QXPrimarySubSearchScreen");
-  constexpr bool (*peek)(qxistream&, char*, unsigned char&) = QXBPeekTag;
-  constexpr bool (*read)(qxistream&, char*, unsigned char&) = QXBReadTag;
   std::string names[256];
   for (unsigned code; published >> code;) published >> names[code];
 
@@ -93,20 +80,19 @@ TEST(QXBTag, HasAShortFormFor48Names) {
     SCOPED_TRACE(code);
     const std::string &name = names[code], stored(1, static_cast<char>(code)), longer = name + "x";
     qxisstream in(stored + "x");
-    for (const auto& [take, position] : {std::pair(peek, 0), std::pair(read, 1)}) {
+    for (const bool peek : {true, false}) {
       char buffer[QXBTagBufferSize];
       std::memset(buffer, 'z', sizeof buffer);
-      unsigned char readCode = 0;
-      EXPECT_TRUE(take(in, buffer, readCode));
-      EXPECT_EQ(in.tell(), position);
-      EXPECT_EQ(readCode, code);
+      unsigned char read = 0;
+      EXPECT_TRUE(peek ? QXBPeekTag(in, buffer, read) : QXBReadTag(in, buffer, read));
+      EXPECT_EQ(in.tell(), peek ? 0 : 1);
+      EXPECT_EQ(read, code);
       // Without a name the whole buffer is cleared.
       const std::size_t told = name.empty() ? sizeof buffer : name.size() + 1;
       EXPECT_EQ(std::string(buffer, told), name + std::string(told - name.size(), '\0'));
     }
     if (name.empty()) continue;
     EXPECT_EQ(WriteTag(name), stored);
-    EXPECT_EQ(WriteTag(longer), Counted(std::string(1, '\0'), longer));
     EXPECT_TRUE(QXIsInternalQXBTag(longer.c_str(), name.size()));
     EXPECT_FALSE(QXIsInternalQXBTag(longer.c_str(), longer.size()));
   }
@@ -117,13 +103,11 @@ TEST(QXBTag, IsWrittenOrRefusedWhole) {
   const std::string longest(1023, 'n');
   EXPECT_EQ(WriteTag("QXBas"), Hex("00 85 'QXBas'"));
   EXPECT_EQ(WriteTag(longest), Hex("00 7F 87") + longest);
-  EXPECT_EQ(WriteTag(longest + "n"), "refused: ");
-  EXPECT_EQ(WriteTag(""), "refused: ");
+  EXPECT_EQ(WriteTag(longest + "n") + WriteTag(""), "false: false: ");
   // With a code, the code decides on the form.
   EXPECT_EQ(WriteTag("QXBase", 0), Hex("00 86 'QXBase'"));
-  EXPECT_EQ(WriteTag("any", 200), Hex("C8"));
-  EXPECT_EQ(WriteTag("", 57), Hex("39"));
-  EXPECT_EQ(WriteTag(longest + "n", 31), "refused: ");
+  EXPECT_EQ(WriteTag("any", 200) + WriteTag("", 57), Hex("C8 39"));
+  EXPECT_EQ(WriteTag(longest + "n", 31), "false: ");
 }
 
 TEST(QXBTag, ReadsAndReports) {
@@ -140,72 +124,65 @@ TEST(QXBTag, ReadsAndReports) {
                {"00 86 'QXBase' 80", true, "QXBase", 8, ""},
                {"00 82 'ab'", false, "ab", 4, ""},
                {"00 83 'ab'", false, "", 4, ""},
-               {"00 80 'ab'", false, "", 2, BadTag(0)},
-               {"00 00 88 'ab'", false, "", 3, BadTag(1024)},
-               {"00 7F 7F 7F 7F 90", false, "", 6, CorruptLength + BadTag(0)},
-               {"00 00 00", false, "", 3, EndInLength + BadTag(0)}};
+               {"00 80 'ab'", false, "", 2, badTag + "0)\n"},
+               {"00 00 88 'ab'", false, "", 3, badTag + "1024)\n"},
+               {"00 7F 7F 7F 7F 90", false, "", 6, CorruptLength + badTag + "0)\n"},
+               {"00 00 00", false, "", 3, EndInLength + badTag + "0)\n"}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.bytes);
-    DripStream drops(Hex(c.bytes));
-    qxisstream memory(Hex(c.bytes));
-    for (qxistream* in : {static_cast<qxistream*>(&drops), static_cast<qxistream*>(&memory)}) {
-      Reports reports;
-      char name[QXBTagBufferSize] = "before";
-      unsigned char code = 99;
-      EXPECT_EQ(QXBReadTag(*in, name, code), c.more);
-      EXPECT_EQ(code, Hex(c.bytes)[0]);
-      EXPECT_STREQ(name, c.name);
-      EXPECT_EQ(in->tell(), c.position);
-      EXPECT_EQ(reports.GetErrorLog(), Log(c.warnings));
-    }
+    Reports reports;
+    qxisstream in(Hex(c.bytes));
+    char name[QXBTagBufferSize] = "before";
+    unsigned char code = 99;
+    EXPECT_EQ(QXBReadTag(in, name, code), c.more);
+    EXPECT_EQ(code, Hex(c.bytes)[0]);
+    EXPECT_STREQ(name, c.name);
+    EXPECT_EQ(in.tell(), c.position);
+    EXPECT_EQ(reports.GetErrorLog(), Log(c.warnings));
   }
   char name[QXBTagBufferSize] = "before";
   qxisstream longTag(Hex("00 82 'ab' 80")), empty;
   EXPECT_TRUE(QXBPeekTag(longTag, name));  // does not decode it
   EXPECT_STREQ(name, "");
-  EXPECT_FALSE(QXBPeekTag(empty, name));
-  EXPECT_FALSE(QXBReadTag(empty, name));
+  EXPECT_FALSE(QXBPeekTag(empty, name) || QXBReadTag(empty, name));
 }
 
-TEST(QXBRecords, AreSteppedOverAndCounted) {
+TEST(QXBRecords, AreReadSteppedOverAndCounted) {
   const struct {
     const char* bytes;
-    unsigned skip;  // status of one step
-    long position;
-    unsigned status;  // of the count
+    unsigned read, skip;  // status of one record
+    long position;        // behind the skip
     unsigned count;
-  } cases[] = {{"", 6, 0, 0, 0},
-               {"01 81 07  C8 82 0102  00 81 'x' 81 07", 0, 3, 0, 3},
-               {"01 85 07", 0, 3, 0, 1},        // a payload that is cut short
-               {"01 81 07 1F", 0, 3, 6, 1},     // a tag that ends the stream
-               {"01 81 07 1F 00", 0, 3, 8, 1},  // a length that ends it
-               {"01 80", 8, 2, 8, 0},
-               {"01 80 01", 9, 2, 9, 0},
-               {"01 00000000 90 07", 9, 6, 9, 0},  // a length of 2^32
-               {"00 81 00 81 07", 6, 3, 6, 0}};    // a name that is empty
+  } cases[] = {{"", 6, 6, 0, 0},
+               {"01 81 07  C8 82 0102  00 81 'x' 81 07", 0, 0, 3, 3},
+               {"01 85 07", 9, 0, 3, 1},  // a payload that is cut short
+               {"1F", 6, 6, 1, 0},        // a tag that ends the stream
+               {"1F 00", 8, 8, 2, 0},     // a length that ends it
+               {"01 80", 8, 8, 2, 0},
+               {"01 80 01", 9, 9, 2, 0},
+               {"01 00000000 90 07", 9, 9, 6, 0},  // a length of 2^32
+               {"00 81 00 81 07", 6, 6, 3, 0}};    // a name that is empty
   for (const auto& c : cases) {
     SCOPED_TRACE(c.bytes);
     Reports reports;
-    qxisstream one(Hex(c.bytes)), all(Hex(c.bytes));
+    QXContainer object;
+    unsigned count = 99;
+    qxisstream read(Hex(c.bytes)), one(Hex(c.bytes)), all(Hex(c.bytes));
+    EXPECT_EQ(QXBinaryRead(read, object, QXBinaryIOHandler()), c.read);
+    EXPECT_EQ(object.HasData("QXUnknownQXBData"), c.read == 0);
     EXPECT_EQ(QXBinarySkip(one), c.skip);
     EXPECT_EQ(one.tell(), c.position);
-    unsigned count = 99;
-    EXPECT_EQ(QXBinaryCount(all, count), c.status);
+    EXPECT_EQ(QXBinaryCount(all, count), *c.bytes ? c.skip : 0);  // no record is no fault
     EXPECT_EQ(count, c.count);
   }
 }
 
 TEST(QXBByteOrder, SwapsUnlessAMarkIsOurs) {
   for (const unsigned mark : {0u, 1u, 63u, 0x101u, 0x33Fu, 0xFEu}) {
-    SCOPED_TRACE(mark);
-    EXPECT_EQ(QXBIntEndian(mark), mark % 256 != 1);
-    EXPECT_EQ(QXGetFileEndian<unsigned short>(mark), mark % 256 != 1);
-    EXPECT_EQ(QXGetFileEndian<QXHalfFloat>(mark), mark % 256 != 1);
-    EXPECT_EQ(QXGetFileEndian<double>(mark), mark % 256 != 63);
+    EXPECT_EQ(QXBIntEndian(mark), mark % 256 != 1) << mark;
+    EXPECT_EQ(QXGetFileEndian<QXHalfFloat>(mark), mark % 256 != 1) << mark;
+    EXPECT_EQ(QXGetFileEndian<double>(mark), mark % 256 != 63) << mark;
   }
-  EXPECT_EQ(QXGetHostEndian<long>(), 1);
-  EXPECT_EQ(QXGetHostEndian<float>(), 63);
-  EXPECT_TRUE(QXIsByteSwapRequired<short>(false) && !QXIsFloatByteSwapRequired(true));
 }
 
 TEST(QXBStatus, HasAText) {
@@ -225,31 +202,20 @@ TEST(QXBUnknown, IsKeptPassedOnAndNeverHalf) {
     const QXUnknownQXBData record(in, QXGetDataType<QXContainer>(), size, "Notes", 0);
     EXPECT_EQ(static_cast<bool>(record), size == 3);
     EXPECT_EQ(record.GetType(), QXGetDataType<QXContainer>());
-    EXPECT_EQ(record.GetTag(), "Notes");
     const std::string stored = size == 3 ? Hex("00 85 'Notes' 83 'abc'") : "";
     for (std::size_t room = 0; room <= stored.size(); ++room) {
       RefusingStream out(room);
       EXPECT_EQ(QXBWriteUnknown(out, record), size == 3 && room == stored.size());
       EXPECT_EQ(out.Taken(), stored.substr(0, room));
     }
-
     QXContainer object;
     int other = 0;
     QXAttachData(record, object);
     QXAttachData(record, &object);
     QXAttachData(record, &other);
-    const std::string item =
-        std::string("QXUnknownQXBData=(Notes,0,") + (size == 3 ? "616263) " : ") ");
-    EXPECT_EQ(Describe(object), item + item);
+    const std::string item = size == 3 ? "=(Notes,0,616263) " : "=(Notes,0,) ";
+    EXPECT_EQ(Describe(object), "QXUnknownQXBData" + item + "QXUnknownQXBData" + item);
   }
-  // In the form that each came in: long, a code alone, a long form of a short name.
-  QXContainer object;
-  qxisstream in(UnknownRecords());
-  EXPECT_EQ(ReadAll(in, object, QXBinaryIOHandler()), 0u);
-  qxosstream out;
-  for (QXIter<QXBaseData> it = object.GetDataIter(QXUnknownQXBDataTagName()); it; ++it)
-    EXPECT_TRUE(QXBWriteUnknown(out, static_cast<QXBaseDataT<QXUnknownQXBData>&>(*it).GetValue()));
-  EXPECT_EQ(out.str(), UnknownRecords());
 }
 
 }  // namespace
