@@ -41,14 +41,12 @@ TEST(QXCompress, IsUndoneByTheMethodsOwnLibraries) {
   std::mt19937 random(3);
   std::string noise(300000, '\0');
   for (char& byte : noise) byte = static_cast<char>(random());
-  for (const std::string& data :
-       {std::string(), std::string("x"), noise, std::string(1 << 20, 'x')}) {
-    SCOPED_TRACE(data.size());
+  for (const std::string& data : {std::string(), noise, std::string(1 << 20, 'x')}) {
     std::string gz = "old", zstd = "old";
     ASSERT_TRUE(QXCompress(gz, data.data(), data.size(), "gz"));
     ASSERT_TRUE(QXCompress(zstd, data.data(), data.size(), "zstd"));
-    EXPECT_TRUE(Gunzip(gz, data.size()) == data);
-    EXPECT_TRUE(Unzstd(zstd, data.size()) == data);
+    EXPECT_TRUE(Gunzip(gz, data.size()) == data) << data.size();
+    EXPECT_TRUE(Unzstd(zstd, data.size()) == data) << data.size();
     EXPECT_LT(gz.size() + zstd.size(), 2 * noise.size() + 1000);
   }
 }
