@@ -20,8 +20,7 @@ std::string Gunzip(std::string packed, std::size_t size) {
   stream.avail_in = static_cast<uInt>(packed.size());
   stream.next_out = reinterpret_cast<Bytef*>(out.data());
   stream.avail_out = static_cast<uInt>(out.size());
-  EXPECT_EQ(inflate(&stream, Z_FINISH), Z_STREAM_END);
-  EXPECT_EQ(stream.avail_in, 0u);
+  EXPECT_TRUE(inflate(&stream, Z_FINISH) == Z_STREAM_END && stream.avail_in == 0);
   out.resize(stream.total_out);
   inflateEnd(&stream);
   return out;
@@ -54,7 +53,6 @@ TEST(QXCompress, IsUndoneByTheMethodsOwnLibraries) {
 TEST(QXCompress, RefusesOtherMethods) {
   for (const char* method : {"", "GZ", "gzip", "zstd ", static_cast<const char*>(nullptr)}) {
     std::string out = "old";
-    EXPECT_FALSE(QXCompress(out, "data", 4, method));
-    EXPECT_EQ(out, "old");
+    EXPECT_TRUE(!QXCompress(out, "data", 4, method) && out == "old");
   }
 }

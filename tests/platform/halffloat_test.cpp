@@ -27,15 +27,12 @@ double Defined(unsigned bits) {
 std::uint16_t Bits(float value) {
   return QXHalfFloat(value).GetBits();
 }
-float Value(unsigned bits) {
-  return QXHalfFloat::FromBits(static_cast<std::uint16_t>(bits));
-}
 
 }  // namespace
 
 TEST(QXHalfFloat, ConvertsEveryPatternToFloatAndBack) {
   for (unsigned bits = 0; bits < 0x10000; ++bits) {
-    const float value = Value(bits);
+    const float value = QXHalfFloat::FromBits(static_cast<std::uint16_t>(bits));
     if ((bits & 0x7fff) < 0x7c00)
       ASSERT_EQ(static_cast<double>(value), Defined(bits)) << bits;
     else

@@ -185,13 +185,9 @@ public:
   static inline int destroyed = 0;
 
 protected:
-  bool _qxfill() override {
-    seen += 'f';
-    return qxiwrapperstream::_qxfill();
-  }
+  bool _qxfill() override { return seen += 'f', qxiwrapperstream::_qxfill(); }
   bool _qxseek(long back) override {
-    seen += std::to_string(back) + " ";
-    return qxiwrapperstream::_qxseek(back);
+    return seen += std::to_string(back) + " ", qxiwrapperstream::_qxseek(back);
   }
 };
 
@@ -221,11 +217,7 @@ TEST(qxiwrapperstream, GivesBackWhatItDidNotRead) {
   in.set(&inner, false);
   EXPECT_EQ(Watcher::destroyed, 1) << "an owned stream is deleted";
   EXPECT_TRUE(in.get() == 'd' && in.tell() == 4);
-
-  const TempDir dir;
-  qxiwrapperstream file(new qxifstream, true);
-  EXPECT_FALSE(file.open(dir.Path("missing").c_str()) || file);
-  EXPECT_TRUE(file.open(dir.Write("here", "z").c_str()) && file.get() == 'z');
+  EXPECT_FALSE(qxiwrapperstream(new qxifstream, true).open("")) << "hands the name on";
 }
 
 namespace {
@@ -252,7 +244,6 @@ void ExpectExtracts(std::initializer_list<const char*> rows) {
 TEST(qxistream, ExtractsTheLongestTextOfAValue) {
   ExpectExtracts<int>({" \t\r\n\v\f-12,=-12|,", "+7e=7|e", "-2147483648=-2147483648|",
                        "2147483648 1=failed| 1", "- 1=failed|- 1", "0x1=0|x1", "=failed|"});
-  ExpectExtracts<short>({"-32769=failed|", "-32768=-32768|"});
   ExpectExtracts<unsigned short>({"65535=65535|", "65536=failed|"});
   ExpectExtracts<unsigned int>({"-0=0|", "-1=failed|"});
   ExpectExtracts<long>({"-9223372036854775808=-9223372036854775808|", "9223372036854775808=failed|",
@@ -272,13 +263,10 @@ TEST(qxistream, ExtractsTheLongestTextOfAValue) {
 }
 
 TEST(qxistream, CopiesItsRestIntoAnOutputStream) {
-  const TempDir dir;
   const std::string text = SomeText(2 * buffer);
-  qxifstream in(dir.Write("text", text));
   qxosstream out;
   qxofstream full("/dev/full");
-  in >> out;
-  EXPECT_TRUE(out.str() == text && in.seek(0));
-  in >> full;
-  EXPECT_FALSE(full);
+  qxisstream(text) >> out;
+  qxisstream(text) >> full;
+  EXPECT_TRUE(out.str() == text && !full);
 }

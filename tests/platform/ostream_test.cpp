@@ -37,16 +37,15 @@ std::string Text(T value) {
 }  // namespace
 
 TEST(qxostream, WritesNumbersAsPrintfDoes) {
-  for (const double value : {0.0, -0.0, 1.0, 0.1, -2.5e-7, 123456.0, 1234567.0, 0.0001, 0.00001,
-                             999999.5, DBL_MAX, DBL_TRUE_MIN, double(INFINITY), double(NAN)}) {
+  for (const double value :
+       {-0.0, 0.1, 123456.0, 1234567.0, 1e-5, 999999.5, DBL_MAX, HUGE_VAL, std::nan("")}) {
     char expected[40];
     std::snprintf(expected, sizeof expected, "%g", value);
     EXPECT_EQ(Text(value), expected);
     std::snprintf(expected, sizeof expected, "%g", double(float(value)));
     EXPECT_EQ(Text(float(value)), expected);
   }
-  EXPECT_EQ(Text(LONG_MIN) + Text(ULONG_MAX) + Text(LLONG_MAX) + Text(SHRT_MIN),
-            "-9223372036854775808184467440737095516159223372036854775807-32768");
+  EXPECT_EQ(Text(LONG_MIN) + Text(ULONG_MAX), "-922337203685477580818446744073709551615");
   EXPECT_EQ(Text('c') + Text(true) + Text("text") + Text(static_cast<const char*>(nullptr)),
             "c1text");
 }
@@ -105,17 +104,14 @@ TEST(qxofstream, TellsWhenTheTargetRefuses) {
 
 TEST(qxosstream, GrowsAndKeepsItsBytes) {
   qxosstream out;
-  std::string expected;
-  for (int i = 0; i < 20000; ++i) {
-    out << i << ' ';
-    expected += std::to_string(i) + ' ';
-  }
+  const std::string start(100000, 's'), rest(900000, 'r');
+  for (const char c : start) out << c;
   out.reserve(1000000);
   const char* const block = out.data();
-  out << std::string(1000000 - out.size(), 'x');
+  out << rest;
   EXPECT_EQ(out.data(), block) << "reserved bytes move nothing";
   EXPECT_THROW(out.reserve(~std::size_t{0}), std::bad_alloc);
-  EXPECT_TRUE(out.size() == 1000000 && out.str().substr(0, expected.size()) == expected);
+  EXPECT_TRUE(out.str() == start + rest);
 }
 
 // A descriptor that somebody made non-blocking takes little at a time and

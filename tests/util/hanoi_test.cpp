@@ -83,8 +83,8 @@ bool HanoiByTheBook(int* base, std::size_t n, int* tmp) {
   const std::size_t n1 = n / 2;
   const bool r1 = HanoiByTheBook(base, n1, tmp);
   const bool r2 = HanoiByTheBook(base + n1, n - n1, tmp + n1);
-  const std::vector<int> first(r1 ? tmp : base, (r1 ? tmp : base) + n1);
-  const std::vector<int> second((r2 ? tmp : base) + n1, (r2 ? tmp : base) + n);
+  int *const half1 = r1 ? tmp : base, *const half2 = r2 ? tmp : base;
+  const std::vector<int> first(half1, half1 + n1), second(half2 + n1, half2 + n);
   std::merge(first.begin(), first.end(), second.begin(), second.end(), r1 ? base : tmp);
   return !r1;
 }
@@ -96,8 +96,8 @@ TEST(Hanoisort, SortsStablyWhateverSizeLengthOrderAndAlignment) {
       [](unsigned, unsigned) { return dice(); }, [](unsigned, unsigned) { return dice() % 2; },
       [](unsigned i, unsigned n) { return n - i; },
       [](unsigned i, unsigned) { return i + (dice() % 16 ? 0 : dice() % 64); }};
-  for (const auto& pattern : patterns) {
-    for (const std::size_t size : {1u, 2u, 4u, 8u, 12u, 16u, 24u, 32u, 37u}) {
+  for (const auto& pattern : patterns)
+    for (const std::size_t size : {1u, 2u, 4u, 8u, 12u, 16u, 24u, 32u, 37u})
       for (unsigned n = 0; n <= 200; n += n < 70 ? 1 : 13) {
         Bytes keys(n);
         for (unsigned i = 0; i < n; ++i) keys[i] = static_cast<unsigned char>(pattern(i, n));
@@ -112,8 +112,6 @@ TEST(Hanoisort, SortsStablyWhateverSizeLengthOrderAndAlignment) {
           ASSERT_EQ(memory, expected) << n << '*' << size << ", pattern " << &pattern - patterns;
         }
       }
-    }
-  }
 }
 
 TEST(Hanoisort, TakesItsScratchFromTheHeapWhenThereIsMuch) {
@@ -137,7 +135,7 @@ TEST(Hanoisort, RefusesMoreThanMemoryCanHold) {
 }
 
 TEST(Hanoisort, KeepsAllElementsWhenCompareThrowsOrContradictsItself) {
-  for (const std::size_t size : {4u, 8u, 7u, 24u}) {
+  for (const std::size_t size : {4u, 8u, 7u, 24u})
     for (const unsigned n : {2u, 3u, 4u, 5u, 17u, 48u, 65u, 9000u}) {
       const Bytes elements = Elements(RandomKeys(n), size);
       const auto set = AsSet(elements, size);
@@ -157,7 +155,6 @@ TEST(Hanoisort, KeepsAllElementsWhenCompareThrowsOrContradictsItself) {
         ASSERT_EQ(AsSet(work, size), set) << n << " of " << size << " bytes, random order";
       }
     }
-  }
 }
 
 TEST(Hanoisort, ComparesNoMoreThanItSays) {

@@ -104,10 +104,9 @@ TEST(QXUnionFind, ReportsItemsOutOfRangeFromFindIDAlone) {
   QXPushSimpleQXThrowTester reports;
   QXThrow.SetStrict(false);
   QXUnionFind u(4), none(0);
-  for (const int i : {-1, 4, -2147483647 - 1, 2147483647}) {
-    EXPECT_FALSE(u.Related(i, 0) || u.Related(0, i) || u.Related(i, i));
-    EXPECT_FALSE(u.Count(i) || u.IsSingleton(i) || u.IsID(i));
-  }
+  for (const int i : {-1, 4, -2147483647 - 1})
+    EXPECT_FALSE(u.Related(i, 0) || u.Related(0, i) || u.Related(i, i) || u.Count(i) ||
+                 u.IsSingleton(i) || u.IsID(i));
   u.Union(-1, -1);
   EXPECT_FALSE(reports.HasMessages());
 
