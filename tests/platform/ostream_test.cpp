@@ -55,7 +55,7 @@ TEST(qxofstream, KeepsTheOrderOfPiecesOfAllSizes) {
   const std::string name = dir.Path("out");
   qxofstream out(name);
   std::string expected;
-  for (const std::size_t size : {0, 1, 65534, 1, 1, 65535, 65536, 3, 65537, 200000, 5}) {
+  for (const std::size_t size : {0u, 1u, 65534u, 1u, 65535u, 65536u, 3u, 65537u, 200000u, 5u}) {
     const std::string piece(size, static_cast<char>('a' + expected.size() % 23));
     EXPECT_EQ(out.write(piece), size);
     expected += piece;

@@ -78,8 +78,7 @@ TEST(QXUnionFind, AgreesWithAPlainPartition) {
           singletons += count == 1;
           if (count > 1) grouped.emplace_back(root, i);
         }
-        ASSERT_EQ(u.NumGroups(true), roots);
-        ASSERT_EQ(u.NumGroups(false), roots - singletons);
+        ASSERT_TRUE(u.NumGroups(true) == roots && u.NumGroups(false) == roots - singletons);
         HeapSort(grouped);
         Groups expected(1);
         for (const auto& [root, item] : grouped) {
@@ -110,10 +109,8 @@ TEST(QXUnionFind, ReportsItemsOutOfRangeFromFindIDAlone) {
   u.Union(-1, -1);
   EXPECT_FALSE(reports.HasMessages());
 
-  u.Union(-1, -2);
-  u.Union(0, 4);
-  EXPECT_EQ(u.NumGroups(true), 4u);
-  EXPECT_EQ(none.FindID(0), -1);
+  u.Union(-1, -2), u.Union(0, 4);
+  EXPECT_TRUE(u.NumGroups(true) == 4 && none.FindID(0) == -1);
   EXPECT_EQ(reports.GetErrorLog(),
             "level = 5\n"
             "QXUnionFind::FindID(-1) - parameter not in range [0..3]\n"
