@@ -199,6 +199,8 @@ TEST(TrimToSigFigs, DropsZerosAndKeepsTheValue) {
 TEST(Interpolation, TakesItsArgumentsInOrder) {
   EXPECT_EQ(QXLinearInterpolation(2, 1, 5, 10, 30), 15);
   // 1, 2, 3 and 4 at (0, 0), (1, 1), (0, 1) and (1, 0).
+  EXPECT_EQ(QX2DLinearInterpolation(0, 0, 1, 1, 1, 2, 3, 4, 0, 1), 3);
+  EXPECT_EQ(QX2DLinearInterpolation(0, 0, 1, 1, 1, 2, 3, 4, 1, 0), 4);
   EXPECT_EQ(QX2DLinearInterpolation(0, 0, 1, 1, 1, 2, 3, 4, 0.5, 0.25), 2.5);
   // The stated order of operations decides the last bit.
   const double x = 0.1, x0 = 0.3, x1 = 0.7, y0 = 0.2, y1 = 1.1;
