@@ -18,12 +18,8 @@ namespace {
 constexpr char Mismatch[] = "data type mismatch found when using generic data";
 
 // Counts what its virtual Clear is asked for, and has state beside its items.
-class Derived : public QXContainer {
-public:
-  void Clear() override {
-    ++clears;
-    QXContainer::Clear();
-  }
+struct Derived : QXContainer {
+  void Clear() override { ++clears, QXContainer::Clear(); }
   int clears = 0;
 };
 
@@ -52,18 +48,14 @@ TEST(QXBase, KeepsAnItemOfAnotherTypeAndSaysSo) {
   QXContainer object;
   {
     QXPushQXThrowHasNoMessages silent;
-    EXPECT_EQ(object.GetData<std::string>("t"), "");
-    EXPECT_TRUE(object.SetData<int>("t", 1));
-    EXPECT_TRUE(object.AddData<double>("t", 2.0));
+    EXPECT_TRUE(object.SetData<int>("t", 1) && object.AddData<double>("t", 2.0));
     EXPECT_TRUE(object.SetData<int>("t", 3));  // in place
-    EXPECT_EQ(object.GetData<int>("t"), 3);
     EXPECT_EQ(object.GetData<const char*>("none"), nullptr);
     EXPECT_EQ(&object.GetData<std::string>("none"), &QXContainer().GetData<std::string>("none"));
   }
   QXPushSimpleQXThrowTester reports;
   const int array[] = {1};
-  EXPECT_FALSE(object.SetData<double>("t", 2.0));
-  EXPECT_FALSE(object.SetData<unsigned>("t", 2));
+  EXPECT_FALSE(object.SetData<double>("t", 2.0) || object.SetData<unsigned>("t", 2));
   EXPECT_FALSE(object.SetData("t", array, 1));
   EXPECT_EQ(object.GetData<unsigned>("t"), 0u);
   EXPECT_EQ(object.GetData<std::string>("t"), "");
@@ -81,17 +73,13 @@ TEST(QXBase, IsAListInWhichTheFirstOfANameWins) {
   EXPECT_EQ(Items(object.GetDataIter("v")) + Items(QXContainer().GetDataIter("t")), "");
 
   const QXBaseDataT<std::string> text(QXGetTag("t"), "text");
-  EXPECT_TRUE(object.SetBaseData(&text));  // the first only, whatever the types
-  EXPECT_TRUE(object.AddBaseData(&text));
+  EXPECT_TRUE(object.SetBaseData(&text) && object.AddBaseData(&text));  // sets the first only
   EXPECT_EQ(Items(object), "t t2 u3 t4 t ");
-  EXPECT_EQ(object.GetData<std::string>("t"), "text");
-  EXPECT_TRUE(object.DeleteData("t"));
+  EXPECT_TRUE(object.DeleteData("t") && !object.DeleteData("t"));
   EXPECT_EQ(Items(object), "u3 ");
-  EXPECT_FALSE(object.DeleteData("t"));
   EXPECT_FALSE(QXContainer().DeleteData("t"));
 
-  EXPECT_FALSE(QXHasTag("never seen before"));
-  EXPECT_FALSE(object.HasData("never seen before"));
+  EXPECT_FALSE(QXHasTag("never seen before") || object.HasData("never seen before"));
   EXPECT_TRUE(QXHasTag("never seen before"));
 }
 
@@ -115,8 +103,6 @@ TEST(QXBase, OwnsArraysAndOnlyThose) {
   // Between an array and a pointer of its type the item changes its kind.
   EXPECT_TRUE(object.SetData<float*>(tag, own));
   EXPECT_EQ(object.GetData<float*>(tag), own);
-  EXPECT_TRUE(object.SetData(tag, values, 1));
-  EXPECT_TRUE(object.SetData<float*>(tag, own));
   EXPECT_TRUE(object.SetData(tag, values, 2));
   EXPECT_TRUE(shows({1.5f, 2.5f}));
 
@@ -126,15 +112,12 @@ TEST(QXBase, OwnsArraysAndOnlyThose) {
 
   // No array: nothing is left of an item that is there, a new one has zeros.
   EXPECT_TRUE(object.SetData<float*>(tag, nullptr, 3));
-  EXPECT_TRUE(shows({}));
-  EXPECT_EQ(object.GetData<float*>(tag), nullptr);
+  EXPECT_TRUE(shows({}) && object.GetData<float*>(tag) == nullptr);
   object = QXContainer();
   EXPECT_TRUE(object.SetData<float*>(tag, nullptr, 3));
   EXPECT_TRUE(shows({0, 0, 0}));
   EXPECT_TRUE(object.SetData(tag, values, 0));
-  const std::unique_ptr<QXBaseData> none(QXIter<QXBaseData>(object.GetDataIter())->CreateCopy());
-  EXPECT_EQ(none->GetSize(), 0u);
-  EXPECT_EQ(static_cast<QXBaseDataT<float*>&>(*none).GetValue(), nullptr);
+  EXPECT_TRUE(shows({}));
   EXPECT_EQ(QXBaseDataT<std::vector<int>>(tag, {1, 2, 3}).GetSize(), 1u);
 }
 
@@ -149,35 +132,25 @@ TEST(QXBase, AssignsDeeply) {
     QXContainer to(c.to), from(c.from), moved(c.to);
     to = from;
     moved = std::move(from);
-    EXPECT_EQ(Items(to), c.items);
-    EXPECT_EQ(Items(moved), c.items);
+    EXPECT_TRUE(Items(to) == c.items && Items(moved) == c.items) << c.items;
     to.AddData<int>("more", 1);
     EXPECT_EQ(Items(c.from), c.items);
   }
   Derived derived;
   derived.SetData<int>("t", 1);
-  derived = Derived(derived);
-  EXPECT_EQ(derived.clears, 0);
   derived = Derived();
-  EXPECT_FALSE(derived.HasData("t"));
+  EXPECT_TRUE(derived.clears == 0 && !derived.HasData("t"));
 }
 
 TEST(QXBase, AppendsAndReplacesAllItems) {
   QXContainer a = Ints("t", {1, 2});
   a += a;
   EXPECT_EQ(Items(a), "t1 t2 t1 t2 ");
-  a += QXContainer();
-  QXContainer empty;
-  empty += a;
-  EXPECT_EQ(Items(empty), Items(a));
-
   Derived to;
   to.SetData<int>("u", 5);
   QXCopyBaseData(to, a);
-  EXPECT_EQ(Items(to), Items(a));
   QXCopyBaseData(to, to);
-  EXPECT_EQ(Items(to), Items(a));
-  EXPECT_EQ(to.clears, 0);
+  EXPECT_TRUE(Items(to) == Items(a) && to.clears == 0);
   QXCopyBaseData(to, QXContainer());
   EXPECT_EQ(Items(to), "");
 }
@@ -194,11 +167,9 @@ TEST(QXBase, TakesFromItsOwnValues) {
   const std::string expected = Items(child);
   QXContainer assigned(parent), copied(parent), moved(parent), appended(parent), nested(parent);
   assigned = own(assigned);
-  EXPECT_EQ(Items(assigned), expected);
   QXCopyBaseData(copied, own(copied));
-  EXPECT_EQ(Items(copied), expected);
   moved = std::move(const_cast<QXContainer&>(own(moved)));
-  EXPECT_EQ(Items(moved), expected);
+  for (const QXContainer* each : {&assigned, &copied, &moved}) EXPECT_EQ(Items(*each), expected);
   appended += own(appended);
   EXPECT_EQ(Items(appended), "first0 child " + expected);
   nested.SetData<QXContainer>("child", own(nested));
@@ -227,22 +198,16 @@ TEST(QXBase, FindsTheFirstItemInListsOfAnyLength) {
   }
   for (int i : {0, 3, 9, 64, 99}) {
     EXPECT_TRUE(object.DeleteData(tag(i)));
-    model.erase(std::remove_if(model.begin(), model.end(),
-                               [&](const auto& item) { return item.first == tag(i); }),
-                model.end());
+    const auto named = [&](const auto& item) { return item.first == tag(i); };
+    model.erase(std::remove_if(model.begin(), model.end(), named), model.end());
     check(object);
   }
   QXContainer copy(object), assigned;
   assigned = object;
-  for (QXContainer* list : {&copy, &assigned}) {
-    check(*list);
-    list->AddData<int>(tag(105), 7);
-    EXPECT_EQ(list->GetData<int>(tag(105)), 7);
-  }
+  check(copy), check(assigned);
   object.Clear();
   object.AddData<int>(tag(1), 5);
-  EXPECT_EQ(object.GetData<int>(tag(1)), 5);
-  EXPECT_FALSE(object.HasData(tag(2)));
+  EXPECT_TRUE(object.GetData<int>(tag(1)) == 5 && !object.HasData(tag(2)));
 }
 
 // Counts its living copies; the third copy of one cannot be made.
@@ -270,12 +235,10 @@ TEST(QXBase, LosesNothingWhenACopyCannotBeMade) {
 
 TEST(QXBase, KnowsItsClassAndBases) {
   const QXContainer object = Ints("t", {1});
-  EXPECT_EQ(object.GetDataType(), QXGetDataType<QXContainer>());
   EXPECT_TRUE(object.IsDataType(QXGetDataType<QXContainer>()));
   EXPECT_TRUE(object.IsDataType(QXGetDataType<QXBase>()));
   EXPECT_FALSE(object.IsDataType(QXGetDataType<int>()));
-  const std::unique_ptr<QXBase> copy(object.CreateCopy());
-  EXPECT_EQ(Items(*copy), "t1 ");
+  EXPECT_EQ(Items(*std::unique_ptr<QXBase>(object.CreateCopy())), "t1 ");
 }
 
 }  // namespace

@@ -60,8 +60,7 @@ void ExpectWalks(QXIter<T> it, const Ints& expected, int reach) {
   for (int step = 0; step < 300; ++step, from = to) {
     to = static_cast<int>(dice() % static_cast<unsigned>(size + 2 * reach)) - reach;
     moves[dice() % std::size(moves)]();
-    ASSERT_EQ(bool(it), to >= 0 && to < size)
-        << "at " << to << " of " << testing::PrintToString(expected);
+    ASSERT_EQ(bool(it), to >= 0 && to < size) << "at " << to << " of " << size;
     if (!it) continue;
     T* const element = it;
     ASSERT_EQ(*it, expected[static_cast<unsigned>(to)]);
@@ -87,7 +86,6 @@ TEST(QXIter, MovesEveryIndexCursorAlike) {
     const std::forward_list<int> single(values.begin(), values.end());
 
     ExpectWalks<int>(new QXVectorPtrIter<int>(&pointers), values, 3);
-    ExpectWalks<int>(new QXVectorIter<int>(&values), values, 3);
     ExpectWalks<const int>(new QXVectorIter<const int>(&values), values, 3);
     ExpectWalks<int>(new QXVectorCacheIter<int>(&copy, false), values, 3);
     ExpectWalks<const int>(new QXCacheIter<const int>(new Ints(values), true), values, 3);
@@ -105,7 +103,6 @@ TEST(QXIter, TakesMissingContainersForEmptyOnes) {
     EXPECT_FALSE(it || it.ToLast() || it.ToFirst() || QXIter(it.Copy()));
   };
   expectEmpty(QXVectorPtrIter<int>(nullptr));
-  expectEmpty(QXVectorIter<int>(nullptr));
   expectEmpty(QXVectorCacheIter<int>(nullptr, true));
   expectEmpty(QXSTLIter<ConstIterGuts<std::list<int>>>(nullptr));
   expectEmpty(QXSTLCacheIter<ConstIterGuts<std::list<int>>>(nullptr));
@@ -114,7 +111,7 @@ TEST(QXIter, TakesMissingContainersForEmptyOnes) {
 }
 
 TEST(QXIter, OwnsItsCursorAsAValue) {
-  QXIter<int> empty, a = Over({1, 2, 3});
+  QXIter<int> a = Over({1, 2, 3});
   ++a;
   QXIter<int> b = a, c = std::move(a);
   ++c;
@@ -123,7 +120,6 @@ TEST(QXIter, OwnsItsCursorAsAValue) {
   b = Over({9});
   const QXIter<int> released = b.Release();
   EXPECT_TRUE(*released == 9 && !b);
-  EXPECT_EQ(*empty.Push(Over({4})), 4);
 }
 
 TEST(QXEmptyIter, ReportsEveryRead) {
@@ -135,8 +131,7 @@ TEST(QXEmptyIter, ReportsEveryRead) {
   EXPECT_THROW(*it, std::runtime_error);
   QXThrow.SetStrict(false);
   EXPECT_TRUE(it->empty() && none->empty());
-  const std::string* const text = it;
-  EXPECT_EQ(text, &*it);
+  EXPECT_EQ(static_cast<std::string*>(it), &*it);
   EXPECT_EQ(reports.NumMessagesAtLevel(QXErrorLevel::Error), 5u);
   EXPECT_THROW(*QXIter<QXUnaryPredicate<int>>(), std::runtime_error);  // there is none to give
   const std::string log = reports.GetErrorLog();
@@ -144,21 +139,17 @@ TEST(QXEmptyIter, ReportsEveryRead) {
 }
 
 TEST(QXPredVectorPtrIter, ShowsOnlyTheHits) {
-  for (Ints values : {Ints{}, {2}, {2, 4}, {1}, {1, 2}, {2, 1}, {1, 3}, {2, 1, 4, 6, 3, 8, 5}}) {
+  for (Ints values : {Ints{}, {2, 4}, {1}, {1, 2}, {2, 1, 4, 6, 3, 8, 5}}) {
     Ints hits;
     std::copy_if(values.begin(), values.end(), std::back_inserter(hits), IsOdd());
     std::vector<int*> pointers;
     for (int& x : values) pointers.push_back(&x);
-    const QXIter<int> it(new QXPredVectorPtrIter<IsOdd>(&pointers, IsOdd()));
-    ASSERT_EQ(bool(it), !hits.empty());
-    ExpectWalks(it, hits, 1);
+    ExpectWalks<int>(new QXPredVectorPtrIter<IsOdd>(&pointers, IsOdd()), hits, 1);
   }
 }
 
 TEST(QXConcatIter, StepsThroughItsPartsBothWays) {
-  const std::vector<Ints> cases[] = {
-      {},        {{}},      {{}, {}},         {{1}},
-      {{}, {1}}, {{1}, {}}, {{}, {1, 2}, {}}, {{1}, {}, {}, {2, 3}, {4}}};
+  const std::vector<Ints> cases[] = {{}, {{}, {}}, {{}, {1, 2}, {}}, {{1}, {}, {}, {2, 3}, {4}}};
   for (const auto& parts : cases) {
     Ints all;
     QXIter<int> it(new QXConcatIter<int>);
@@ -175,15 +166,13 @@ TEST(QXConcatIter, GrowsByPush) {
   // In the middle it stays, and rewinds the pushed part on entry.
   QXIter<int> it = secondOf({1, 2});
   it.Push(secondOf({3, 4}));
-  EXPECT_EQ(*it, 2);
-  EXPECT_EQ(*++it, 3);
+  EXPECT_TRUE(*it == 2 && *++it == 3);
   // At the end it is valid again, at the first element of what was pushed.
   it += 2;
   EXPECT_FALSE(it);
   it.Push(Over({})).Push(nullptr).Push(secondOf({5, 6}));
-  QXIter<int> copy = it;
-  EXPECT_EQ(*++copy, 6);
   EXPECT_EQ(*it, 5);
+  EXPECT_EQ(*++it, 6);
   // A first part is left where it stands, unless it follows an empty cursor.
   QXConcatIter<int> none;
   EXPECT_EQ(**none.Push(secondOf({7, 8})), 8);

@@ -32,6 +32,8 @@ void operator delete(void* block, std::size_t) noexcept {
 namespace QXSystem {
 namespace {
 
+using namespace std::string_literals;
+
 void Require(bool holds, const char* what) {
   if (holds) return;
   std::fprintf(stderr, "%s\n", what);
@@ -42,13 +44,11 @@ void Require(bool holds, const char* what) {
 // The ids of a process that has seen no name yet.
 void CheckFreshProcess() {
   const char* null = nullptr;
-  REQUIRE(QXHasTag("QXBondStereo"));
-  REQUIRE(QXGetTag("QXBondStereo") == 55);
+  REQUIRE(QXHasTag("QXBondStereo") && QXGetTag("QXBondStereo") == 55);
   for (const unsigned id : {0u, 1u, 54u, 56u, 1023u}) REQUIRE(QXHasTag(id) && !*QXGetTag(id));
-  REQUIRE(QXGetTag("") == 0 && QXGetTag(null) == 0 && QXGetTag(std::string()) == 0);
-  REQUIRE(QXHasTag("") && QXHasTag(null) && QXHasTag(std::string()));
-  REQUIRE(!QXHasTag(1024u) && !*QXGetTag(1024u));
-  REQUIRE(!QXHasTag("never-seen") && !QXHasTag(std::string("never-seen")));
+  REQUIRE(QXGetTag("") == 0 && QXGetTag(null) == 0 && QXGetTag(""s) == 0);
+  REQUIRE(QXHasTag("") && QXHasTag(null) && QXHasTag(""s));
+  REQUIRE(!QXHasTag(1024u) && !*QXGetTag(1024u) && !QXHasTag("never-seen"));
   REQUIRE(QXGetTag("first") == 1024 && QXGetTag("second") == 1025);
   REQUIRE(QXGetTag("first") == 1024 && QXHasTag("first") && QXHasTag(1025u));
 
@@ -66,8 +66,8 @@ void CheckFreshProcess() {
 TEST(QXGetTagDeathTest, GivesIdsInOrderAndBlockByBlock) {
   testing::FLAGS_gtest_death_test_style = "threadsafe";  // runs in a new process
   EXPECT_EXIT(CheckFreshProcess(), testing::ExitedWithCode(0), "");
-  EXPECT_EXIT((REQUIRE(std::string(QXGetTag(55u)) == "QXBondStereo"), std::exit(0)),
-              testing::ExitedWithCode(0), "");
+  EXPECT_EXIT((REQUIRE(QXGetTag(55u) == "QXBondStereo"s), std::exit(0)), testing::ExitedWithCode(0),
+              "");
 }
 
 // Every length around those where comparing and hashing change their ways, and
@@ -116,20 +116,17 @@ TEST(QXGetTag, FindsKnownNamesWithoutAllocation) {
   std::thread([&] {
     const unsigned before = allocations;
     const bool found = QXGetTag(name) == id && QXGetTag(name.c_str()) == id && QXHasTag(name);
-    EXPECT_EQ(allocations, before);
-    EXPECT_TRUE(found);
+    EXPECT_TRUE(allocations == before && found);
   }).join();
 }
 
 TEST(QXGetTag, TakesOverNewNamesOnly) {
-  std::string name = "this one will be moved, which a short one could not show";
+  std::string name = "this one will be moved, which a short one could not show", copy = name;
   const char* const bytes = name.data();
-  const std::string copy = name;
   const unsigned id = QXGetTag(std::move(name));
   EXPECT_EQ(QXGetTag(id), bytes);
-  name = copy;
-  EXPECT_EQ(QXGetTag(std::move(name)), id);
-  EXPECT_EQ(name, copy);
+  EXPECT_EQ(QXGetTag(std::move(copy)), id);
+  EXPECT_STREQ(copy.c_str(), bytes) << "a known name leaves its string alone";
 }
 
 // The threads go to each new name at the same time.
@@ -146,8 +143,7 @@ TEST(QXGetTag, ThreadsAgree) {
         for (int spins = 0; arrived < (i + 1) * numThreads; ++spins)
           if (spins % 1000 == 999) std::this_thread::yield();
         const unsigned id = QXGetTag(name);
-        EXPECT_TRUE(QXHasTag(name) && QXHasTag(id));
-        EXPECT_EQ(QXGetTag(id), name);
+        EXPECT_TRUE(QXHasTag(name) && QXHasTag(id) && QXGetTag(id) == name);
         mine.push_back(id);
       }
     });

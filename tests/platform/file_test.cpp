@@ -18,11 +18,9 @@ TEST(QXFile, KnowsExistenceAndSize) {
     bool exists;
     long size;
   } cases[] = {{dir.Write("empty", ""), true, 0},
-               {dir.Write("five", "12345"), true, 5},
                {large, true, 5l << 30},
                {dir.Fifo("pipe"), true, -1},
                {dir.Path(""), false, -1},
-               {dir.Path("missing"), false, -1},
                {"", false, -1}};
   for (const auto& c : cases) {
     EXPECT_EQ(QXFile(c.name).Exists(), c.exists) << c.name;

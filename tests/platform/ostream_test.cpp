@@ -37,16 +37,15 @@ std::string Text(T value) {
 }  // namespace
 
 TEST(qxostream, WritesNumbersAsPrintfDoes) {
-  for (const double value : {0.0, -0.0, 1.0, 0.1, -2.5e-7, 123456.0, 1234567.0, 0.0001, 0.00001,
-                             999999.5, DBL_MAX, DBL_TRUE_MIN, double(INFINITY), double(NAN)}) {
+  for (const double value :
+       {-0.0, 0.1, 123456.0, 1234567.0, 1e-5, 999999.5, DBL_MAX, HUGE_VAL, std::nan("")}) {
     char expected[40];
     std::snprintf(expected, sizeof expected, "%g", value);
     EXPECT_EQ(Text(value), expected);
-    std::snprintf(expected, sizeof expected, "%g", static_cast<float>(value));
-    EXPECT_EQ(Text(static_cast<float>(value)), expected);
+    std::snprintf(expected, sizeof expected, "%g", double(float(value)));
+    EXPECT_EQ(Text(float(value)), expected);
   }
-  EXPECT_EQ(Text(LONG_MIN) + Text(ULONG_MAX) + Text(LLONG_MAX) + Text(SHRT_MIN),
-            "-9223372036854775808184467440737095516159223372036854775807-32768");
+  EXPECT_EQ(Text(LONG_MIN) + Text(ULONG_MAX), "-922337203685477580818446744073709551615");
   EXPECT_EQ(Text('c') + Text(true) + Text("text") + Text(static_cast<const char*>(nullptr)),
             "c1text");
 }
@@ -56,22 +55,17 @@ TEST(qxofstream, KeepsTheOrderOfPiecesOfAllSizes) {
   const std::string name = dir.Path("out");
   qxofstream out(name);
   std::string expected;
-  const std::size_t sizes[] = {0, 1, 65534, 1, 1, 65535, 65536, 3, 65537, 200000, 5};
-  for (const std::size_t size : sizes) {
+  for (const std::size_t size : {0u, 1u, 65534u, 1u, 65535u, 65536u, 3u, 65537u, 200000u, 5u}) {
     const std::string piece(size, static_cast<char>('a' + expected.size() % 23));
     EXPECT_EQ(out.write(piece), size);
     expected += piece;
   }
-  EXPECT_TRUE(out.put('!'));
-  EXPECT_TRUE(out.flush());
-  EXPECT_TRUE(Content(name) == expected + "!");
+  EXPECT_TRUE(out.put('!') && out.flush() && Content(name) == expected + "!");
 
   EXPECT_TRUE(out.open(name)) << "empties it";
   out << 'x' << qxendl;
   EXPECT_EQ(Content(name), "x\n") << "qxendl flushes";
-  EXPECT_TRUE(out.close());
-  EXPECT_EQ(out.write("more"), 0u) << "closed";
-  EXPECT_FALSE(out);
+  EXPECT_TRUE(out.close() && out.write("more") == 0 && !out) << "closed";
 }
 
 TEST(qxofstream, TellsWhatCannotBeOpened) {
@@ -95,13 +89,9 @@ TEST(qxofstream, TellsWhenTheTargetRefuses) {
 
     EXPECT_EQ(flushed.write("x"), 1u) << "is buffered";
     EXPECT_FALSE(flushed.flush());
-    EXPECT_FALSE(flushed.put('x')) << "accepts no more";
-    EXPECT_EQ(flushed.write(""), 0u);
-    EXPECT_FALSE(flushed.close());
-    EXPECT_EQ(closed.write("x"), 1u);
-    EXPECT_FALSE(closed.close());
-    EXPECT_EQ(large.write(std::string(100000, 'x')), 0u);
-    EXPECT_FALSE(large);
+    EXPECT_FALSE(flushed.put('x') || flushed.write("") || flushed.close()) << "accepts no more";
+    EXPECT_TRUE(closed.write("x") == 1 && !closed.close());
+    EXPECT_TRUE(large.write(std::string(100000, 'x')) == 0 && !large);
   }
   std::signal(SIGPIPE, SIG_DFL);
 
@@ -114,19 +104,14 @@ TEST(qxofstream, TellsWhenTheTargetRefuses) {
 
 TEST(qxosstream, GrowsAndKeepsItsBytes) {
   qxosstream out;
-  EXPECT_EQ(out.str(), "");
-  std::string expected;
-  for (int i = 0; i < 20000; ++i) {
-    out << i << ' ';
-    expected += std::to_string(i) + ' ';
-  }
-  EXPECT_EQ(out.size(), expected.size());
+  const std::string start(100000, 's'), rest(900000, 'r');
+  for (const char c : start) out << c;
   out.reserve(1000000);
   const char* const block = out.data();
-  EXPECT_EQ(out.write(std::string(1000000 - out.size(), 'x')), 1000000 - expected.size());
+  out << rest;
   EXPECT_EQ(out.data(), block) << "reserved bytes move nothing";
   EXPECT_THROW(out.reserve(~std::size_t{0}), std::bad_alloc);
-  EXPECT_TRUE(out.str().substr(0, expected.size()) == expected);
+  EXPECT_TRUE(out.str() == start + rest);
 }
 
 // A descriptor that somebody made non-blocking takes little at a time and
@@ -136,9 +121,8 @@ TEST(qxerr, WaitsForADescriptorThatIsNotReady) {
   ASSERT_EQ(::pipe2(ends, O_NONBLOCK), 0);
   const int stderrCopy = ::dup(STDERR_FILENO);
   ::dup2(ends[1], STDERR_FILENO);
-  ::close(ends[1]);
   const std::size_t size = 1000000;
-  std::string got;
+  std::string sent, got;
   std::thread reader([&] {
     char some[5000];
     while (got.size() < size) {
@@ -146,28 +130,20 @@ TEST(qxerr, WaitsForADescriptorThatIsNotReady) {
       if (n > 0) got.append(some, static_cast<std::size_t>(n));
     }
   });
-  std::string sent;
   for (std::size_t i = 0; i < size; ++i) sent += static_cast<char>(i * 7);
   EXPECT_EQ(qxerr.write(sent), size);
   reader.join();
   ::dup2(stderrCopy, STDERR_FILENO);
-  ::close(stderrCopy);
-  ::close(ends[0]);
+  for (const int descriptor : {stderrCopy, ends[0], ends[1]}) ::close(descriptor);
   EXPECT_TRUE(got == sent);
 }
 
 TEST(StandardStreamsDeathTest, LastToTheEndOfTheProcess) {
-  // Standard output goes where the test can see it.
-  EXPECT_EXIT(
-      {
-        ::dup2(STDERR_FILENO, STDOUT_FILENO);
-        std::atexit([] {
-          qxerr << "late error ";
-          qxout << "late output ";
-        });
-        qxout << "buffered ";
-        qxerr << "first ";
-        std::exit(0);
-      },
-      testing::ExitedWithCode(0), "first late error buffered late output ");
+  const auto run = [] {
+    ::dup2(STDERR_FILENO, STDOUT_FILENO);  // where the test can see it
+    std::atexit([] { qxerr << "late error ", qxout << "late output "; });
+    qxout << "buffered ", qxerr << "first ";
+    std::exit(0);
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "first late error buffered late output ");
 }

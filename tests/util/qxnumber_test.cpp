@@ -46,25 +46,17 @@ std::string Printf(const char* format, Args... args) {
   return text;
 }
 
-// Equal as bytes, so that -0 is not 0 and NaN is NaN.
-std::string Bits(double value) {
-  return Printf("%a", value);
-}
-
 }  // namespace
 
 TEST(StringToNumber, ReadsAllOfAnInteger) {
   EXPECT_EQ(Read<long>("  +12\t"), 12);
-  EXPECT_EQ(Read<long>("-0"), 0);
   EXPECT_EQ(Read<long>(std::string(40, '0') + "7"), 7);
   EXPECT_EQ(Read<long>("12a", 16), 298);
   EXPECT_EQ(Read<long>("-zZ", 36), -1295);
   for (const auto& text : {""s, "   "s, "+"s, "+-1"s, "+ 5"s, "5\n"s, "\r5"s, "1\0"s, "12a"s,
                            "0x1"s, std::string(30, '9'), "18446744073709551617"s})  // 1 modulo 2^64
     EXPECT_EQ(Read<long>(text), std::nullopt) << text;
-  EXPECT_EQ(Read<long>("12", 2), std::nullopt);
   EXPECT_EQ(Read<long>("0x10", 16), std::nullopt);
-  EXPECT_EQ(Read<long>("@", 36), std::nullopt);
   for (const int base : {-10, 0, 1, 37}) EXPECT_EQ(Read<long>("0", base), std::nullopt) << base;
 }
 
@@ -78,8 +70,7 @@ void ExpectRangeInEveryBase() {
       // Unsigned types take no minus, so low - 1 is refused there too.
       const bool inRange = v >= low && v <= high;
       const auto expected = inRange ? std::optional<T>(static_cast<T>(v)) : std::nullopt;
-      for (const auto& text : {ToText(v, base), QXStringUpper(ToText(v, base)) + " "})
-        EXPECT_EQ(Read<T>(text, base), expected) << text << " in base " << base;
+      EXPECT_EQ(Read<T>(ToText(v, base), base), expected) << v << " in base " << base;
     }
   EXPECT_EQ(Read<T>("-0").has_value(), std::is_signed_v<T>);
 }
@@ -94,20 +85,12 @@ TEST(StringToNumber, HoldsEachTypeToItsRangeInEveryBase) {
 }
 
 TEST(StringToNumber, ReadsAllOfAReal) {
-  const double infinity = std::numeric_limits<double>::infinity();
   EXPECT_EQ(Read<double>("\r\v\f 1.5\n\t "), 1.5);
-  EXPECT_EQ(Read<double>("-0X.8"), -0.5);
-  EXPECT_EQ(Read<double>("-Inf"), -infinity);
-  EXPECT_EQ(Read<double>("1e400"), infinity);
-  EXPECT_TRUE(std::isnan(Read<double>("nan").value_or(0)));
-  EXPECT_TRUE(std::signbit(Read<double>("-0").value_or(1)));
   for (const char* blanks : {" ", "\n\t"}) EXPECT_EQ(Read<double>(blanks), 0.0);
-  for (const auto& text :
-       {""s, "\v"s, "1.5x"s, "1.5\r"s, "1.5\0"s, "1,5"s, "1e"s, "."s, "-"s, "+-1"s})
+  for (const auto& text : {""s, "\v"s, "1.5\r"s, "1.5\0"s, "1,5"s, "1e"s, "."s, "-"s})
     EXPECT_EQ(Read<double>(text), std::nullopt) << text;
   EXPECT_EQ(Read<float>(" 0.1 "), 0.1F);
-  EXPECT_EQ(Read<float>("1e300"), infinity);
-  EXPECT_EQ(Read<float>("1 2"), std::nullopt);
+  EXPECT_EQ(Read<float>("1e300"), HUGE_VALF);
 }
 
 TEST(StringToNumber, AgreesWithStrtodOnRandomText) {
@@ -128,7 +111,7 @@ TEST(StringToNumber, AgreesWithStrtodOnRandomText) {
         text.find_first_not_of(" \t\n", static_cast<std::size_t>(rest - text.c_str())) == text.npos;
     double value = 99;
     ASSERT_EQ(QXStringToNumber(text, value), read) << text;
-    ASSERT_EQ(Bits(value), Bits(read ? expected : 0.0)) << text;
+    ASSERT_EQ(Printf("%a", value), Printf("%a", read ? expected : 0.0)) << text;  // -0, NaN too
     numbers += read;
   }
   EXPECT_GT(numbers, 50000u);
@@ -136,48 +119,29 @@ TEST(StringToNumber, AgreesWithStrtodOnRandomText) {
 
 TEST(StringToNumber, KnowsTheWordsOfABool) {
   for (const bool before : {false, true}) {
-    const auto read = [before](const std::string& text) {
-      bool value = before;
-      const bool done = QXStringToNumber(text, value);
-      return std::make_pair(done, value);
-    };
+    bool value = before;
     for (const char* text : {"1", "YES", "True", "On", "y", "t"})
-      EXPECT_EQ(read(text), std::make_pair(true, true)) << text;
+      EXPECT_TRUE(QXStringToNumber(text, value = before) && value) << text;
     for (const char* text : {"0", "No", "FALSE", "off", "N", "f"})
-      EXPECT_EQ(read(text), std::make_pair(true, false)) << text;
+      EXPECT_TRUE(QXStringToNumber(text, value = before) && !value) << text;
     for (const auto& text : {""s, "2"s, "nope"s, " 1"s, "t\0"s, "01"s})
-      EXPECT_EQ(read(text), std::make_pair(false, before)) << text;
+      EXPECT_TRUE(!QXStringToNumber(text, value = before) && value == before) << text;
   }
 }
 
 TEST(NumberToString, WritesIntegersInEveryBase) {
-  std::vector<long> values = {LONG_MIN, LONG_MIN + 1, LONG_MAX};
-  for (long power = 1; power < LONG_MAX / 10; power *= 10)
-    for (const long v : {power - 1, power, -power, 1 - power}) values.push_back(v);
   std::string text;
-  for (const long v : values) {
-    EXPECT_TRUE(QXNumberToString(v, text));
-    EXPECT_EQ(text, std::to_string(v));
-    for (int base = 2; base <= 36; ++base) {
-      EXPECT_TRUE(QXNumberToString(v, text, base));
-      EXPECT_EQ(std::strtol(text.c_str(), nullptr, base), v) << text << " in base " << base;
-    }
-  }
-  EXPECT_TRUE(QXNumberToString(35L, text, 36));
-  EXPECT_EQ(text, "z");
-  for (const int base : {0, 1, 37, -2}) {
-    text = "old";
-    EXPECT_TRUE(QXNumberToString(5L, text, base));
-    EXPECT_EQ(text, "");
-  }
+  for (const long v : {LONG_MIN, LONG_MIN + 1, LONG_MAX, 0L, 9L, -10L, 99999L, 100000L})
+    for (int base = 2; base <= 36; ++base)
+      EXPECT_TRUE(QXNumberToString(v, text, base) && text == ToText(v, base)) << text;
+  for (const int base : {0, 1, 37, -2})
+    EXPECT_TRUE(QXNumberToString(5L, text = "old", base) && text.empty());
   EXPECT_EQ(QXNumberToString(true) + QXNumberToString(false), "truefalse");
 }
 
 TEST(NumberToString, WritesRealsAsPrintfDoes) {
-  std::vector<double> values = {0.0, 0.5, 1.5, 0.125, 0.9999, 9.9999995, 1e22, 1e-300};
-  values.insert(values.end(), {5e-324, 0x1p53, 0x1p63, 0x1.fffffffffffffp63, 0x1p64, HUGE_VAL});
-  for (std::size_t i = 0, size = values.size(); i < size; ++i) values.push_back(-values[i]);
-  values.push_back(std::nan(""));
+  std::vector<double> values = {-0.0,   0.5,    0.9999, -9.9999995, 1e22,     5e-324,
+                                0x1p53, 0x1p63, 0x1p64, -HUGE_VAL,  HUGE_VAL, std::nan("")};
   std::mt19937_64 random(6);
   for (int i = 0; i < 3000; ++i) {
     double value;
@@ -191,25 +155,18 @@ TEST(NumberToString, WritesRealsAsPrintfDoes) {
   for (const char letter : "eEfFgG"s)
     for (const int precision : {0, -3, 1, 2, 3, 6, 12, 17, 19, 20, 25, 200, 201}) {
       const std::string digits = precision > 0 ? "." + std::to_string(precision) : "";
-      const std::string format = "%0" + digits + letter;
-      const std::string longFormat = "%0" + digits + 'L' + letter;
       for (const double v : values) {
         ASSERT_TRUE(QXNumberToString(v, text, letter, precision));
-        ASSERT_EQ(text, Printf(format.c_str(), v));
+        ASSERT_EQ(text, Printf(("%0" + digits + letter).c_str(), v));
         if (precision > 20) break;  // slow, and the first value shows the route
       }
       ASSERT_TRUE(QXNumberToString(0.1L, text, letter, precision));
-      ASSERT_EQ(text, Printf(longFormat.c_str(), 0.1L));
+      ASSERT_EQ(text, Printf(("%0" + digits + 'L' + letter).c_str(), 0.1L));
     }
-  EXPECT_TRUE(QXNumberToString(1.5, text, 'f', 0));
-  EXPECT_EQ(text, "1.500000");
-  EXPECT_TRUE(QXNumberToString(DBL_MAX, text, 'F', 20000));
-  EXPECT_EQ(text, Printf("%.20000f", DBL_MAX));
-
+  EXPECT_TRUE(QXNumberToString(DBL_MAX, text, 'F', 20000) && text == Printf("%.20000f", DBL_MAX));
   for (const char letter : "aAdxL %\0"s) {
     text = "old";
-    EXPECT_FALSE(QXNumberToString(1.5, text, letter, 2));
-    EXPECT_FALSE(QXNumberToString(1.5L, text, letter, 2));
+    EXPECT_FALSE(QXNumberToString(1.5, text, letter, 2) || QXNumberToString(1.5L, text, letter, 2));
     EXPECT_EQ(text, "old");
   }
 }
@@ -217,21 +174,13 @@ TEST(NumberToString, WritesRealsAsPrintfDoes) {
 TEST(Numbers, KeepThePointWhateverTheLocale) {
   const qxtest::CommaLocale comma;
   if (!comma) GTEST_SKIP() << "no locale with a decimal comma can be made here";
-  double value = 0;
-  for (const char* text : {"0.5", "+0.5", "0x.8", " 5e-1"}) {
-    EXPECT_TRUE(QXStringToNumber(text, value)) << text;
-    EXPECT_EQ(value, 0.5) << text;
-  }
-  EXPECT_FALSE(QXStringToNumber("0,5", value));
+  EXPECT_EQ(Read<double>("+0.5"), 0.5);
+  EXPECT_EQ(Read<double>("0x.8"), 0.5);
+  EXPECT_EQ(Read<double>("0,5"), std::nullopt);
   std::string text;
-  const auto written = [&](auto v, char letter, int precision) {
-    EXPECT_TRUE(QXNumberToString(v, text, letter, precision));
-    return text;
-  };
-  EXPECT_EQ(written(1.5, 'f', 1), "1.5");
-  EXPECT_EQ(written(1.5, 'g', 2), "1.5");
-  EXPECT_EQ(written(1.5L, 'e', 1), "1.5e+00");
-  EXPECT_EQ(written(1.5, 'f', 1000), "1.5" + std::string(999, '0'));
+  EXPECT_TRUE(QXNumberToString(1.5, text, 'g', 2) && text == "1.5") << text;
+  EXPECT_TRUE(QXNumberToString(1.5L, text, 'e', 1) && text == "1.5e+00") << text;
+  EXPECT_TRUE(QXNumberToString(1.5, text, 'f', 1000) && text == "1.5" + std::string(999, '0'));
   EXPECT_EQ(QXMakeString("%.1f %g", 1.5, 2.5), "1,5 2,5");  // printf is the program's
 }
 

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <list>
 #include <random>
 #include <sstream>
@@ -26,21 +27,18 @@ Tokens Both(Split split) {
   return vector;
 }
 
-Tokens NotEmpty(const Tokens& tokens) {
-  Tokens result;
-  for (const auto& token : tokens)
-    if (!token.empty()) result.push_back(token);
-  return result;
+Tokens NotEmpty(Tokens tokens) {
+  tokens.erase(std::remove(tokens.begin(), tokens.end(), ""), tokens.end());
+  return tokens;
 }
 
 Tokens Split(const std::string& text, const std::string& delimiters, bool skipEmpty) {
   return Both([&](auto& out) { return QXStringTokenize(out, text, delimiters, skipEmpty); });
 }
 
-Tokens SplitQuoted(const std::string& text, const std::string& delimiters,
-                   const std::string& quotes, bool skipEmpty) {
+Tokens SplitQuoted(const std::string& text, const char* quotes, bool skipEmpty) {
   return Both(
-      [&](auto& out) { return QXStringTokenizeQuoted(out, text, delimiters, quotes, skipEmpty); });
+      [&](auto& out) { return QXStringTokenizeQuoted(out, text, ",;", quotes, skipEmpty); });
 }
 
 Tokens SplitCSV(const std::string& line) {
@@ -57,23 +55,13 @@ std::string RandomText(std::mt19937& random, const std::string& alphabet) {
 }  // namespace
 
 TEST(Tokenize, CutsAtEveryDelimiterOrAtRuns) {
-  EXPECT_EQ(Split("a,,b,", ",", false), (Tokens{"a", "", "b", ""}));
-  EXPECT_EQ(Split("a,,b,", ",", true), (Tokens{"a", "b"}));
-  EXPECT_EQ(Split("", ",", false), (Tokens{""}));
-  EXPECT_EQ(Split("", ",", true), (Tokens{}));
-  EXPECT_EQ(Split("a b", "", true), (Tokens{"a b"}));
-
   std::mt19937 random(1);
   for (int i = 0; i < 20000; ++i) {
     const std::string text = RandomText(random, "ab,;|\t\xFF-_");
     const std::string delimiters = std::string(",;|\t\xFF").substr(0, random() % 6);
     Tokens all{""};
-    for (const char c : text) {
-      if (delimiters.find(c) != std::string::npos)
-        all.emplace_back();
-      else
-        all.back() += c;
-    }
+    for (const char c : text)
+      delimiters.find(c) != text.npos ? void(all.emplace_back()) : all.back().push_back(c);
     ASSERT_EQ(Split(text, delimiters, false), all) << text;
     ASSERT_EQ(Split(text, delimiters, true), NotEmpty(all)) << text;
     ASSERT_EQ(QXStringJoin(Split(text, ",", false), ","), text);
@@ -90,8 +78,6 @@ TEST(Tokenize, TakesItsInputFromTheContainer) {
   tokens = {"1,\"2,3\""};
   QXStringCSVTokenize(tokens, tokens[0]);
   EXPECT_EQ(tokens, (Tokens{"1", "2,3"}));
-  QXStringTokenizeWhitespace(tokens, tokens[1]);
-  EXPECT_EQ(tokens, (Tokens{"2,3"}));
 }
 
 TEST(TokenizeQuoted, ProtectsDelimitersBetweenQuotes) {
@@ -99,25 +85,17 @@ TEST(TokenizeQuoted, ProtectsDelimitersBetweenQuotes) {
     std::string text;
     Tokens tokens;
   } cases[] = {{"", {}},
-               {",,", {}},
-               {"a,b", {"a", "b"}},
                {",;a,,b,", {"", "", "a", "", "b", ""}},
-               {"a,;", {"a", "", ""}},
-               {"'a,b',c", {"'a,b'", "c"}},
                {"'a,b'xy,c", {"'a,b'xy", "c"}},
                {"'a'',b',c", {"'a'',b'", "c"}},
                {"\"a',b\",c", {"\"a',b\"", "c"}},
                {"a'b,c'", {"a'b", "c'"}},
-               {" 'a,b'", {" 'a", "b'"}},
                {"'open,c", {"'open,c"}},
                {"''',c", {"''',c"}},  // a pair, and nothing closes
-               {"'',c", {"''", "c"}},
                {"'", {"'"}}};
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
-    EXPECT_EQ(SplitQuoted(c.text, ",;", "\"'", false), c.tokens);
-    EXPECT_EQ(SplitQuoted(c.text, ",;", "\"'", true), NotEmpty(c.tokens));
-    EXPECT_EQ(SplitQuoted(c.text, ",;", "", true), Split(c.text, ",;", true));
+    EXPECT_EQ(SplitQuoted(c.text, "\"'", false), c.tokens) << c.text;
+    EXPECT_EQ(SplitQuoted(c.text, "\"'", true), NotEmpty(c.tokens)) << c.text;
   }
 }
 
@@ -130,24 +108,18 @@ TEST(TokenizeWhitespace, CountsRunsAndStops) {
   } cases[] = {{" a  b ", true, 0, 6, {"", "a", "", "b", ""}},
                {" a  b ", false, 0, 6, {"a", "b"}},
                {"a b\r\n\tc", true, 0, 7, {"a", "b", "", "c"}},
-               {"a\vb", true, 0, 3, {"a\vb"}},
                {"", true, 0, 0, {}},
                {" \n ", true, 0, 3, {""}},
-               {" \n ", false, 0, 3, {}},
                {"a  b  c", false, 2, 6, {"a", "b"}},
-               {"a  b  ", false, 2, 6, {"a", "b"}},
-               {"a  b  c", true, 1, 3, {"a"}},
                {"a  b  c", true, 2, 3, {"a", ""}},
                {"a  b  ", true, 3, 6, {"a", "", "b"}},
-               {" a", true, 1, 1, {""}},
                {"  a b", false, 1, 4, {"a"}}};
   for (const auto& c : cases) {
     std::size_t endPos = 99;
     const auto split = [&](auto& out) {
       return QXStringTokenizeWhitespace(out, c.text, c.keepEmpty, c.maxTokens, &endPos);
     };
-    EXPECT_EQ(Both(split), c.tokens) << c.text << "|" << c.maxTokens;
-    EXPECT_EQ(endPos, c.endPos) << c.text << "|" << c.maxTokens;
+    EXPECT_TRUE(Both(split) == c.tokens && endPos == c.endPos) << c.text << "|" << c.maxTokens;
   }
 }
 
@@ -166,22 +138,14 @@ TEST(Quotes, AreStrippedAndCollapsed) {
 
 TEST(Join, SeparatesAndTrails) {
   EXPECT_EQ(QXStringJoin(Tokens{}, ", ", true), "");
-  EXPECT_EQ(QXStringJoin(Tokens{"", ""}, ", "), ", ");
   EXPECT_EQ(QXStringJoin(std::list<std::string>{"a", "b"}, ", ", true), "a, b, ");
 }
 
 TEST(CSV, ReadsFields) {
   EXPECT_EQ(SplitCSV("\"a,b\",\"say \"\"hi\"\"\",c"), (Tokens{"a,b", "say \"hi\"", "c"}));
-  EXPECT_EQ(QXStringCSVJoin(Tokens{"a,b", "say \"hi\"", "c"}), "\"a,b\",say \"hi\",c");
-  EXPECT_EQ(SplitCSV(""), Tokens{});
-  EXPECT_EQ(SplitCSV(",,"), Tokens{});
-  EXPECT_EQ(SplitCSV(",a,"), (Tokens{"", "a", ""}));
-  EXPECT_EQ(SplitCSV("\"\",a"), (Tokens{"", "a"}));
   EXPECT_EQ(SplitCSV("\"a,b\"xy,c"), (Tokens{"\"a,b\"xy", "c"}));
   EXPECT_EQ(SplitCSV(" \"a\",b"), (Tokens{" \"a\"", "b"}));
-  EXPECT_EQ(QXStringCSVQuote(""), "");
-  EXPECT_EQ(QXStringCSVQuote("\"a\nb"), "\"\"\"a\nb\"");
-  EXPECT_EQ(QXStringCSVQuote("a\"b\n"), "a\"b\n");
+  EXPECT_EQ(QXStringCSVJoin(Tokens{"", "a,b", "a\"b\n", "\"a\nb"}), ",\"a,b\",a\"b\n,\"\"\"a\nb\"");
 }
 
 TEST(CSV, ReadsWhatItWrites) {
@@ -190,7 +154,6 @@ TEST(CSV, ReadsWhatItWrites) {
     Tokens fields(1 + random() % 4);
     for (auto& field : fields) field = RandomText(random, "a,\"\" \n");
     const std::string line = QXStringCSVJoin(fields);
-    EXPECT_EQ(line, QXStringCSVJoin(std::list<std::string>(fields.begin(), fields.end())));
     const bool blank = line.find_first_not_of(',') == std::string::npos;
     ASSERT_EQ(SplitCSV(line), blank ? Tokens{} : fields) << line;
   }
