@@ -1,5 +1,8 @@
 #include <qxsystem/core/base.h>
 
+#include <algorithm>
+#include <new>
+#include <unordered_map>
 #include <vector>
 
 #include <qxsystem/core/error.h>
@@ -17,10 +20,15 @@ QX_INSTANTIATE_DATA(template);
 template class QXBaseDataT<QXContainer>;
 template class QXBaseDataT<std::vector<QXContainer>>;
 
-QXBaseImpl::QXBaseImpl() = default;
+// Where the first item of each tag stands.
+struct QXBaseImpl::Index : std::unordered_map<unsigned, std::size_t> {};
 
-QXBaseImpl::QXBaseImpl(const QXBaseImpl& other) {
-  data_.reserve(other.data_.size());
+QXBaseImpl::QXBaseImpl() {
+  data_.reserve(Few);
+}
+
+// Delegates, so that the copies made are deleted when one more cannot be.
+QXBaseImpl::QXBaseImpl(const QXBaseImpl& other) : QXBaseImpl() {
   AppendCopies(other);
 }
 
@@ -29,6 +37,8 @@ QXBaseImpl& QXBaseImpl::operator=(const QXBaseImpl& other) {
   if (this == &other) return *this;
   QXBaseImpl copies(other);
   data_.swap(copies.data_);
+  tags_ = copies.tags_;
+  index_.swap(copies.index_);
   return *this;
 }
 
@@ -39,11 +49,31 @@ QXBaseImpl::~QXBaseImpl() {
 void QXBaseImpl::Clear() {
   for (QXBaseData* item : data_) delete item;
   data_.clear();
+  index_.reset();
 }
 
-void QXBaseImpl::Append(std::unique_ptr<QXBaseData> item) {
-  data_.push_back(item.get());
-  item.release();
+QXBaseData* QXBaseImpl::FindBehindFew(unsigned tag) const {
+  if (index_) {
+    const auto place = index_->find(tag);
+    return place != index_->end() ? data_[place->second] : nullptr;
+  }
+  const auto found = std::find_if(data_.begin() + Few, data_.end(),
+                                  [tag](const QXBaseData* item) { return item->GetTag() == tag; });
+  return found != data_.end() ? *found : nullptr;
+}
+
+// Without memory for an index the list goes without.
+void QXBaseImpl::Enter(std::size_t place) noexcept {
+  try {
+    if (index_) {
+      index_->emplace(data_[place]->GetTag(), place);
+      return;
+    }
+    index_ = std::make_unique<Index>();
+    for (std::size_t i = 0; i <= place; ++i) index_->emplace(data_[i]->GetTag(), i);
+  } catch (const std::bad_alloc&) {
+    index_.reset();
+  }
 }
 
 void QXBaseImpl::Replace(const QXBaseData* old, std::unique_ptr<QXBaseData> item) {
@@ -53,21 +83,28 @@ void QXBaseImpl::Replace(const QXBaseData* old, std::unique_ptr<QXBaseData> item
 
 void QXBaseImpl::AppendCopies(const QXBaseImpl& other) {
   const std::size_t count = other.data_.size();
-  for (std::size_t i = 0; i < count; ++i)
-    Append(std::unique_ptr<QXBaseData>(other.data_[i]->CreateCopy()));
+  if (const std::size_t all = data_.size() + count; all > data_.capacity())
+    data_.reserve(std::max(all, 2 * data_.capacity()));
+  for (std::size_t i = 0; i < count; ++i) {
+    data_.push_back(other.data_[i]->CreateCopy());
+    NoteTag(data_.size() - 1);
+  }
 }
 
 bool QXBaseImpl::DeleteData(unsigned tag) {
-  auto keep = data_.begin();
+  std::size_t kept = 0;
   for (QXBaseData* item : data_) {
     if (item->GetTag() == tag)
       delete item;
     else
-      *keep++ = item;
+      data_[kept++] = item;
   }
-  const bool found = keep != data_.end();
-  data_.erase(keep, data_.end());
-  return found;
+  if (kept == data_.size()) return false;
+  data_.resize(kept);
+  index_.reset();
+  for (std::size_t i = 0; i < std::min(kept, Few); ++i) NoteTag(i);
+  if (kept > Many) NoteTag(kept - 1);
+  return true;
 }
 
 bool QXBaseImpl::CheckTypeWarning() {
@@ -96,7 +133,11 @@ QXBase& QXBase::operator=(const QXBase& other) {
 // are deleted.
 QXBase& QXBase::operator=(QXBase&& other) noexcept {
   if (this == &other) return *this;
-  std::unique_ptr<QXBaseImpl> old(std::exchange(impl_, std::exchange(other.impl_, nullptr)));
+  if (!other.impl_) {
+    Clear();
+  } else {
+    std::unique_ptr<QXBaseImpl> old(std::exchange(impl_, std::exchange(other.impl_, nullptr)));
+  }
   return *this;
 }
 
@@ -151,9 +192,7 @@ void QXCopyBaseData(QXBase& to, const QXBase& from) {
   std::vector<std::unique_ptr<QXBaseData>> copies;
   for (QXIter<QXBaseData> item = from.GetDataIter(); item; ++item)
     copies.emplace_back(item->CreateCopy());
-  std::vector<unsigned> tags;
-  for (QXIter<QXBaseData> item = to.GetDataIter(); item; ++item) tags.push_back(item->GetTag());
-  for (unsigned tag : tags) to.DeleteData(tag);
+  to.QXBase::Clear();
   for (auto& copy : copies) to.AddBaseData(std::move(copy));
 }
 

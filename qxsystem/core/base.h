@@ -69,7 +69,7 @@ public:
   bool SetData(unsigned tag, const T* array, unsigned n);
   template <class T, std::enable_if_t<std::is_pointer_v<T>, int> = 0>
   bool SetData(unsigned tag, const std::remove_pointer_t<T>* array, unsigned n) {
-    return SetData<std::remove_pointer_t<T>>(tag, array, n);
+    return SetData<std::remove_const_t<std::remove_pointer_t<T>>>(tag, array, n);
   }
   template <class T, std::enable_if_t<!std::is_pointer_v<T>, int> = 0>
   bool SetData(const char* tag, const T* array, unsigned n) {
@@ -77,7 +77,7 @@ public:
   }
   template <class T, std::enable_if_t<std::is_pointer_v<T>, int> = 0>
   bool SetData(const char* tag, const std::remove_pointer_t<T>* array, unsigned n) {
-    return SetData<std::remove_pointer_t<T>>(QXGetTag(tag), array, n);
+    return SetData<T>(QXGetTag(tag), array, n);
   }
 
   /// Appends an item, whatever the list holds. True.
@@ -136,23 +136,27 @@ protected:
   QXBase(const QXBase& other);
   QXBase(QXBase&& other) noexcept : impl_(std::exchange(other.impl_, nullptr)) {}
 
-  /// Takes copies of the items of `other` for its own. From an object that
-  /// never had items this is the virtual `Clear`, so a derived class assigns
-  /// its base first and its own state afterwards. `other` may be held by a
-  /// value of this object.
+  /// Takes the items of `other`, copies or themselves, for its own.
+  ///
+  /// Two things a derived class with state of its own must mind. From an object
+  /// that never had items this is the virtual `Clear`, so what it assigns
+  /// itself is put in place afterwards. And `other` may be held by a value of
+  /// this object, which is gone afterwards, so it is copied from beforehand.
   QXBase& operator=(const QXBase& other);
   QXBase& operator=(QXBase&& other) noexcept;
 
 private:
+  friend struct QXBaseAccess;
+
   QXBaseImpl& Data() { return impl_ ? *impl_ : MakeData(); }
   QXBaseImpl& MakeData();
 
-  QXBaseImpl* impl_ = nullptr;  // owned, null until the first item is stored
+  QXBaseImpl* impl_ = nullptr;  // owned, null as long as no item ever was
 };
 
-/// Replaces, tag by tag, the items of `to` by copies of those of `from`, and
-/// leaves alone what a derived class holds beyond its items. The same object
-/// on both sides is left as it is.
+/// Gives `to` copies of the items of `from` in place of its own, tag by tag.
+/// Unlike an assignment it does not touch the fields of a derived class. The
+/// same object on both sides is left as it is.
 QXSYSTEM_API void QXCopyBaseData(QXBase& to, const QXBase& from);
 
 /// The plain QXBase: an anonymous bag of values, also as a value in another.
@@ -190,7 +194,7 @@ template <class T>
 bool QXBase::SetData(unsigned tag, T value) {
   QXBaseData* item = impl_ ? impl_->FindData(tag) : nullptr;
   if (!item) return AddData<T>(tag, std::move(value));
-  if (item->GetDataType() != QXGetDataType<T>()) return QXBaseImpl::CheckTypeWarning();
+  if (!item->Holds<T>()) return QXBaseImpl::CheckTypeWarning();
   if constexpr (std::is_pointer_v<T> && std::is_object_v<std::remove_pointer_t<T>>) {
     // An owned array must not end up holding a pointer that it would free.
     if (dynamic_cast<QXBaseDataTPtr<T>*>(item)) {
@@ -220,8 +224,7 @@ bool QXBase::SetData(unsigned tag, const T* array, unsigned n) {
 template <class T>
 std::conditional_t<std::is_scalar_v<T>, T, const T&> QXBase::GetData(unsigned tag) const {
   if (const QXBaseData* item = impl_ ? impl_->FindData(tag) : nullptr) {
-    if (item->GetDataType() == QXGetDataType<T>())
-      return static_cast<const QXBaseDataT<T>*>(item)->GetValue();
+    if (item->Holds<T>()) return static_cast<const QXBaseDataT<T>*>(item)->GetValue();
     QXBaseImpl::CheckTypeWarning();
   }
   return QXBaseImpl::GetDefaultData<T>();

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <type_traits>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -34,6 +35,10 @@ public:
   /// The tag id of the name.
   unsigned GetTag() const { return tag_; }
 
+  /// Whether the value's type is T.
+  template <class T>
+  bool Holds() const;
+
 protected:
   explicit QXBaseData(unsigned tag) : tag_(tag) {}
   QXBaseData(const QXBaseData&) = default;
@@ -43,6 +48,9 @@ private:
   unsigned tag_;
 };
 
+template <class T>
+class QXSYSTEM_API QXBaseDataT;
+
 /// An item that holds a value of the copyable type T.
 ///
 /// With a pointer type it holds just that pointer and owns nothing behind it;
@@ -50,12 +58,15 @@ private:
 template <class T>
 class QXSYSTEM_API QXBaseDataT : public QXBaseData {
 public:
+  /// Holds `value` under the name with the id `tag`.
   QXBaseDataT(unsigned tag, T value) : QXBaseData(tag), value_(std::move(value)) {}
 
   const void* GetDataType() const override { return QXGetDataType<T>(); }
   unsigned GetSize() const override { return 1; }
   QXBaseData* CreateCopy() const override { return new QXBaseDataT(*this); }
 
+  /// The value, which may be changed. Of an array item it is the array that the
+  /// item owns: its elements may be changed, the pointer must not.
   const T& GetValue() const { return value_; }
   T& GetValue() { return value_; }
 
@@ -65,6 +76,11 @@ protected:
 private:
   T value_;
 };
+
+template <class T>
+bool QXBaseData::Holds() const {
+  return &typeid(*this) == &typeid(QXBaseDataT<T>) || GetDataType() == QXGetDataType<T>();
+}
 
 template <class P>
 class QXSYSTEM_API QXBaseDataTPtr;

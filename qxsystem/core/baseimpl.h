@@ -2,6 +2,9 @@
 // apart because its templates need it.
 #pragma once
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <memory>
 #include <vector>
 
@@ -12,8 +15,10 @@ namespace QXSystem {
 
 /// An owning list of items in order of insertion.
 ///
-/// There is no index: an object carries few items, and a scan from the front
-/// is what makes the first item of a tag win.
+/// An object carries few items as a rule, and a scan from the front finds the
+/// first item of a tag: over the tags of the first few, which stand side by side
+/// here, then over the items. Only a list of many has an index, so that reading
+/// a long list does not cost the square of its length.
 class QXSYSTEM_API QXBaseImpl {
 public:
   QXBaseImpl();
@@ -26,8 +31,11 @@ public:
 
   /// The first item with `tag`, null when there is none.
   QXBaseData* FindData(unsigned tag) const {
-    for (QXBaseData* item : data_)
-      if (item->GetTag() == tag) return item;
+    const std::size_t count = data_.size();
+    for (std::size_t i = 0; i < count; ++i) {
+      if (i == Few) return FindBehindFew(tag);
+      if (tags_[i] == tag) return data_[i];
+    }
     return nullptr;
   }
 
@@ -35,9 +43,14 @@ public:
   const std::vector<QXBaseData*>& Items() const { return data_; }
 
   /// Puts `item` behind the others.
-  void Append(std::unique_ptr<QXBaseData> item);
+  void Append(std::unique_ptr<QXBaseData> item) {
+    data_.push_back(item.get());
+    item.release();
+    NoteTag(data_.size() - 1);
+  }
 
-  /// Puts `item` in the place of `old`, which is in the list and is deleted.
+  /// Puts `item` in the place of `old`, which is in the list, has the same tag,
+  /// and is deleted.
   void Replace(const QXBaseData* old, std::unique_ptr<QXBaseData> item);
 
   /// Appends copies of the items that `other`, which may be this list, has now.
@@ -58,7 +71,24 @@ public:
   }
 
 private:
-  std::vector<QXBaseData*> data_;  // owned, in order of insertion
+  struct Index;
+  static constexpr std::size_t Few = 8;
+  static constexpr std::size_t Many = 64;
+
+  QXBaseData* FindBehindFew(unsigned tag) const;
+
+  // Has to follow whatever puts an item at `place`, the last.
+  void NoteTag(std::size_t place) {
+    if (place < Few)
+      tags_[place] = data_[place]->GetTag();
+    else if (place >= Many)
+      Enter(place);
+  }
+  void Enter(std::size_t place) noexcept;
+
+  std::vector<QXBaseData*> data_;     // owned, in order of insertion
+  std::array<unsigned, Few> tags_{};  // those of the first items
+  std::unique_ptr<Index> index_;      // of all items; null unless they are many
 };
 
 }  // namespace QXSystem

@@ -13,6 +13,8 @@
 #include <string_view>
 #include <utility>
 
+#include <qxsystem/core/tagmap_private.h>
+
 namespace QXSystem {
 namespace {
 
@@ -179,10 +181,10 @@ public:
     return id;
   }
 
-  const char* Text(unsigned id) {
+  std::string_view Text(unsigned id) {
     if (!Has(id) || (id & 0xffff) >= SlotsPerBlock) return "";
     if (blocks[0].load(std::memory_order_acquire) == nullptr) Begin();
-    return Name(id).c_str();
+    return Name(id);
   }
 
   bool Has(unsigned id) const { return id < next.load(std::memory_order_acquire); }
@@ -247,6 +249,15 @@ unsigned QXGetTag(std::string&& name) {
 }
 
 const char* QXGetTag(unsigned id) {
+  return s_tags.Text(id).data();
+}
+
+unsigned TagOfName(std::string_view name) {
+  const Found found = s_tags.Find(name);
+  return found.id != 0 ? found.id : s_tags.Intern(found.hash, std::string(name));
+}
+
+std::string_view NameOfTag(unsigned id) {
   return s_tags.Text(id);
 }
 

@@ -161,10 +161,9 @@ double QCPRMSBetweenPoints(const T* a, const T* b, const T* w, unsigned n, doubl
       QXThrow.Verbose("Failed to generate rotation matrix. Falling back to Jacobi RMS.");
       return FallBack(a, b, w, n, rot, trans);
     }
-    for (int k = 0; k < 3; ++k) {
-      const double* row = rot + 3 * k;
+    const double* row = rot;
+    for (int k = 0; k < 3; ++k, row += 3)
       trans[k] = sums.ca[k] - (row[0] * sums.cb[0] + row[1] * sums.cb[1] + row[2] * sums.cb[2]);
-    }
   }
   const double msd = (sums.g - 2 * x) / sums.weight;
   if (msd > -0.0001 && msd < 1e-6) return 0;

@@ -16,8 +16,9 @@ template <class T, class R>
 void QXGeom3DRotate(T* points, const R* rot, unsigned count) {
   for (T* const end = points + 3ul * count; points != end; points += 3) {
     const R x = points[0], y = points[1], z = points[2];
-    for (int row = 0; row < 3; ++row)
-      points[row] = static_cast<T>(rot[3 * row] * x + rot[3 * row + 1] * y + rot[3 * row + 2] * z);
+    points[0] = static_cast<T>(rot[0] * x + rot[1] * y + rot[2] * z);
+    points[1] = static_cast<T>(rot[3] * x + rot[4] * y + rot[5] * z);
+    points[2] = static_cast<T>(rot[6] * x + rot[7] * y + rot[8] * z);
   }
 }
 

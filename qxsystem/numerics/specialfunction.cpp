@@ -22,25 +22,16 @@ constexpr Polynomial<9> P2 = {
     2.15311535474403846e-8, 5.64188496988670089e-1, 8.88314979438837594e0,
     6.61191906371416295e1,  2.98635138197400131e2,  8.81952221241769090e2,
     1.71204761263407058e3,  2.05107837782607147e3,  1.23033935479799725e3};
-constexpr Polynomial<9> Q2 = {1,
-                              1.57449261107098347e1,
-                              1.17693950891312499e2,
-                              5.37181101862009858e2,
-                              1.62138957456669019e3,
-                              3.29079923573345963e3,
-                              4.36261909014324716e3,
-                              3.43936767414372164e3,
-                              1.23033935480374942e3};
+constexpr Polynomial<9> Q2 = {1.00000000000000000e0, 1.57449261107098347e1, 1.17693950891312499e2,
+                              5.37181101862009858e2, 1.62138957456669019e3, 3.29079923573345963e3,
+                              4.36261909014324716e3, 3.43936767414372164e3, 1.23033935480374942e3};
 // x >= 4, in 1 / x^2; CALERF subtracts this one
 constexpr Polynomial<6> P3 = {1.63153871373020978e-2, 3.05326634961232344e-1,
                               3.60344899949804439e-1, 1.25781726111229246e-1,
                               1.60837851487422766e-2, 6.58749161529837803e-4};
-constexpr Polynomial<6> Q3 = {1,
-                              2.56852019228982242e0,
-                              1.87295284992346725e0,
-                              5.27905102951428412e-1,
-                              6.05183413124413191e-2,
-                              2.33520497626869185e-3};
+constexpr Polynomial<6> Q3 = {1.00000000000000000e0,  2.56852019228982242e0,
+                              1.87295284992346725e0,  5.27905102951428412e-1,
+                              6.05183413124413191e-2, 2.33520497626869185e-3};
 constexpr double InverseRootPi = 0.5641895835477563;
 
 // By Estrin's scheme: neighbours are joined into a polynomial in x^2, and so on.
@@ -89,7 +80,8 @@ double TimesExpOfMinusSquare(double x, double factor) {
   const double high = x * x;
   const double low = ((top * top - high) + 2 * top * rest) + rest * rest;
 
-  // high = -(steps ln 2 / 128 + r), |r| < 0.0028
+  // exp(-x^2) = 2^(steps / 128) exp(r), |r| < 0.0028; ln 2 / 128 in two parts,
+  // of which the first has an exact product.
   constexpr double RoundingShift = 0x1.8p52;
   const double shifted = high * (-Steps / 0.69314718055994530942) + RoundingShift;
   const double steps = shifted - RoundingShift;

@@ -43,10 +43,9 @@ long double CosOfThird(long double k) {
 // (tensor - moment) v
 Vector Apply(const double* tensor, double moment, const Vector& v) {
   Vector result;
-  for (unsigned i = 0; i < 3; ++i) {
-    const double* row = tensor + 3 * i;
+  const double* row = tensor;
+  for (unsigned i = 0; i < 3; ++i, row += 3)
     result[i] = row[0] * v[0] + row[1] * v[1] + row[2] * v[2] - moment * v[i];
-  }
   return result;
 }
 
@@ -168,8 +167,9 @@ int QXPMIFromInertialTensor(double* pmi, const double* tensor) {
     pmi[0] = 2 * u - a;
     pmi[1] = pmi[2] = -(u + a);
   } else {
-    // Right for a triple root. An exact double root comes here too and gets
-    // three times the mean: the axes then still have vectors to be made of.
+    // A triple root. An exact double root, 4, 1, 1 for instance, comes here too
+    // and is given as 2, 2, 2 on purpose: with its true roots both factors of the
+    // axes would take out all there is, and leave rows of zeros.
     pmi[0] = pmi[1] = pmi[2] = -a;
   }
 

@@ -97,14 +97,6 @@ constexpr CodesByLength OrderByLength() {
 constexpr CodesByLength byLength = OrderByLength();
 static_assert(byLength.start[LongestShortTag + 1] == 48, "48 names have a code");
 
-// The code of a short name, 0 for any other.
-unsigned char ShortCode(std::string_view name) {
-  if (name.size() > LongestShortTag) return 0;
-  for (unsigned at = byLength.start[name.size()]; at < byLength.start[name.size() + 1]; ++at)
-    if (ShortTags[byLength.codes[at]] == name) return byLength.codes[at];
-  return 0;
-}
-
 std::string_view ShortName(unsigned char code) {
   return code < ShortTags.size() ? ShortTags[code] : std::string_view();
 }
@@ -119,15 +111,11 @@ void StoreName(std::string_view name, char* buffer) {
   buffer[name.size()] = '\0';
 }
 
-constexpr unsigned MaxLengthBytes = 10;
-
-// Seven bits a byte, least significant first. The high bit marks the last
-// byte, it is no continuation: 127 is FF, 128 is 00 81.
-unsigned EncodeLength(unsigned long length, unsigned char* out) {
-  unsigned used = 0;
-  for (; length > 0x7F; length >>= 7) out[used++] = static_cast<unsigned char>(length & 0x7F);
-  out[used++] = static_cast<unsigned char>(length | 0x80);
-  return used;
+// Stores a tag of at most 1023 bytes.
+bool PutTag(qxostream& out, unsigned char code, std::string_view name) {
+  unsigned char bytes[QXBTagBufferSize + MaxLengthBytes];
+  const auto size = static_cast<std::size_t>(StoreTag(bytes, code, name) - bytes);
+  return out.write(bytes, size) == size;
 }
 
 }  // namespace
@@ -142,58 +130,73 @@ const char* QXGetQXBReturnString(unsigned int status) {
 
 // ---- Tags ----
 
-StoredTag MakeTag(std::string_view name) {
-  return {ShortCode(name), name};
-}
-
-void StoredTag::Write(qxostream& out) const {
-  out.put(code);
-  if (code) return;
-  QXBWriteDataLength(out, name.size());
-  out.write(name.data(), name.size());
+unsigned char FindShortCode(std::string_view name) {
+  if (name.size() > LongestShortTag) return 0;
+  for (unsigned at = byLength.start[name.size()]; at < byLength.start[name.size() + 1]; ++at)
+    if (ShortTags[byLength.codes[at]] == name) return byLength.codes[at];
+  return 0;
 }
 
 bool QXBWriteTag(qxostream& out, const char* tag) {
   const std::string_view name(tag ? tag : "");
   if (!IsTagName(name)) return false;
-  MakeTag(name).Write(out);
-  return static_cast<bool>(out);
+  return PutTag(out, ShortCode(name), name);
 }
 
 bool QXBWriteTag(qxostream& out, const char* tag, unsigned char code) {
   const std::string_view name(tag ? tag : "");
   if (name.size() >= QXBTagBufferSize) return false;
-  if (name.empty())
-    out.put(code);
-  else
-    StoredTag{code, name}.Write(out);
-  return static_cast<bool>(out);
+  return name.empty() ? out.put(code) : PutTag(out, code, name);
 }
 
+// Reads a tag up to its name, which has `length` bytes in the stream: none
+// behind a code. False when there is no tag.
+static bool ReadTagHead(qxistream& in, unsigned char& code, unsigned long& length) {
+  length = 0;
+  const int byte = in.get();
+  if (byte < 0) return false;
+  code = static_cast<unsigned char>(byte);
+  if (code != 0) return true;
+  if (in.eof()) return false;
+  ReadLength(in, QXBMaxLength, length);
+  if (length != 0 && length < QXBTagBufferSize) return true;
+  QXThrow.Warning("error occurred while reading tag in QXBinary file (len = %d)",
+                  static_cast<int>(length));
+  return false;
+}
+
+static TagRead TagEnd(qxistream& in) {
+  return in.eof() ? TagRead::AtEnd : TagRead::MoreFollows;
+}
+
+// Names are C strings to everyone who gets them, so a zero ends one.
 TagRead ReadTag(qxistream& in, std::string& name, unsigned char& code) {
   name.clear();
-  const int byte = in.get();
-  if (byte < 0) return TagRead::None;
-  code = static_cast<unsigned char>(byte);
-  if (code == 0) {
-    if (in.eof()) return TagRead::None;
-    unsigned long length = 0;
-    ReadLength(in, QXBMaxLength, length);
-    if (length == 0 || length >= QXBTagBufferSize) {
-      QXThrow.Warning("error occurred while reading tag in QXBinary file (len = %d)",
-                      static_cast<int>(length));
-      return TagRead::None;
-    }
-    if (in.read(name, length) < length) {
-      name.clear();
-      return TagRead::None;
-    }
-    // Names are C strings to everyone who gets them.
+  unsigned long length;
+  if (!ReadTagHead(in, code, length)) return TagRead::None;
+  if (code != 0) {
+    name = ShortName(code);
+  } else if (in.read(name, length) == length) {
     name.resize(std::strlen(name.c_str()));
   } else {
-    name = ShortName(code);
+    name.clear();
+    return TagRead::None;
   }
-  return in.eof() ? TagRead::AtEnd : TagRead::MoreFollows;
+  return TagEnd(in);
+}
+
+TagRead ReadTag(qxisstream& in, std::string_view& name, unsigned char& code) {
+  name = {};
+  unsigned long length;
+  if (!ReadTagHead(in, code, length)) return TagRead::None;
+  if (code != 0) {
+    name = ShortName(code);
+  } else if (const auto* text = reinterpret_cast<const char*>(in.take(length))) {
+    name = {text, strnlen(text, length)};
+  } else {
+    return TagRead::None;
+  }
+  return TagEnd(in);
 }
 
 bool QXBReadTag(qxistream& in, char* tag, unsigned char& code) {
@@ -234,10 +237,6 @@ bool QXIsInternalQXBTag(const char* tag, unsigned long length) {
   return tag && ShortCode(std::string_view(tag, length)) != 0;
 }
 
-std::string NumberedName(unsigned char code) {
-  return std::string(NumberedPrefix) + std::to_string(code);
-}
-
 // ---- Lengths ----
 
 unsigned int QXBDataLengthBytes(unsigned long length) {
@@ -252,7 +251,7 @@ unsigned int QXBDataLengthBytes(unsigned int length) {
 
 bool QXBWriteDataLength(qxostream& out, unsigned long length) {
   unsigned char bytes[MaxLengthBytes];
-  const unsigned used = EncodeLength(length, bytes);
+  const auto used = static_cast<std::size_t>(StoreLength(bytes, length) - bytes);
   return out.write(bytes, used) == used;
 }
 

@@ -133,7 +133,7 @@ struct Array {
     std::unique_ptr<E[]> array(new E[count]);
     Load(array.get(), bytes, count, swap);
     block.object.AddBaseData(std::make_unique<QXBaseDataTPtr<E*>>(
-        QXGetTag(block.name), std::move(array), static_cast<unsigned>(count)));
+        TagOfName(block.name), std::move(array), static_cast<unsigned>(count)));
     return QXBReturn::Success;
   }
 
@@ -147,7 +147,7 @@ struct Array {
 template <class E>
 struct Vector {
   using Value = std::vector<E>;
-  static constexpr Shape shape = shapeOf<E>;
+  static constexpr Shape shape = std::is_same_v<E, bool> ? Shape::Bits : shapeOf<E>;
 
   static unsigned Read(BlockReader& block) {
     std::size_t size;
@@ -167,7 +167,7 @@ struct Vector {
   static ValueBytes Bytes(const QXBaseData& item) {
     const std::vector<E>& values = ValueOf<std::vector<E>>(item);
     if constexpr (std::is_same_v<E, bool>)
-      return {nullptr, values.size(), &values};
+      return {&values, values.size()};
     else
       return {values.data(), values.size() * sizeof(E)};
   }
@@ -209,10 +209,22 @@ const std::array<Codec, Codes>& Codecs() {
 
 }  // namespace
 
+// Identities are hashes, so a few of their bits are a good place to look first.
 const Codec* FindCodec(const void* type) {
-  for (const Codec& codec : Codecs())
-    if (codec.type == type) return &codec;
-  return nullptr;
+  constexpr std::size_t places = 64;
+  const auto place = [](const void* id) { return reinterpret_cast<std::uintptr_t>(id) % places; };
+  static const auto byType = [place] {
+    std::array<const Codec*, places> rows{};
+    for (const Codec& codec : Codecs()) {
+      std::size_t at = place(codec.type);
+      while (rows[at]) at = (at + 1) % places;
+      rows[at] = &codec;
+    }
+    return rows;
+  }();
+  std::size_t at = place(type);
+  while (byType[at] && byType[at]->type != type) at = (at + 1) % places;
+  return byType[at];
 }
 
 const Codec* FindCodec(unsigned char code) {

@@ -5,14 +5,17 @@
 //
 //     Plain    the bytes of a number
 //     Counted  a length in bytes, then that many bytes
+//     Bits     as Counted, in memory a vector of bool
 //     Marked   a short-family byte-order mark, then as Counted
 #pragma once
 
 #include <cstddef>
 #include <string>
-#include <vector>
+#include <string_view>
+#include <utility>
 
 #include <qxsystem/core/base.h>
+#include <qxsystem/core/tagmap_private.h>
 #include <qxsystem/qxb/qxb.h>
 
 namespace QXSystem {
@@ -30,24 +33,25 @@ struct BlockReader {
   QXBase& object;        // takes the items
   bool swapInt = false;  // the writer's order of integers is not ours
   bool swapFloat = false;
-  std::string name;  // the present item's
+  std::string_view name;  // the present item's
+  std::string numbered;   // the name of an item that is known by its number
 
   /// Appends a value under the present name.
   template <class T>
   void Add(T value) {
-    object.AddData<T>(QXGetTag(name), std::move(value));
+    object.AddData<T>(TagOfName(name), std::move(value));
   }
 };
 
-/// The bytes of a value as they are stored behind its mark and length. A vector
-/// of bool has none in memory: its bits are expanded while they are written.
-struct ValueBytes {
-  const void* data = nullptr;
-  std::size_t size = 0;
-  const std::vector<bool>* bits = nullptr;
-};
+enum class Shape : unsigned char { Plain, Counted, Bits, Marked };
 
-enum class Shape : unsigned char { Plain, Counted, Marked };
+/// The bytes of a value as they are stored behind its mark and length. Those of
+/// a vector of bool stand nowhere: its bits are expanded while they are written,
+/// and `data` is the vector.
+struct ValueBytes {
+  const void* data;
+  std::size_t size;
+};
 
 struct Codec {
   unsigned char code;

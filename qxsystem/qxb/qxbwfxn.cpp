@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <deque>
+#include <forward_list>
 
+#include <qxsystem/core/base_private.h>
 #include <qxsystem/core/error.h>
+#include <qxsystem/core/tagmap_private.h>
 #include <qxsystem/platform/compress.h>
 #include <qxsystem/qxb/qxb_private.h>
 #include <qxsystem/qxb/qxbitem_private.h>
@@ -14,31 +16,20 @@ namespace {
 
 constexpr std::size_t BlockMarks = 2;
 
-// An item whose stored form is settled.
-struct Item {
-  StoredTag tag;
-  const Codec* codec;  // null for a value in its envelope
-  ValueBytes value;    // of an envelope: the nested record
-  std::size_t size;    // of the value, from behind the type code on
-};
-
-// The tag of the envelope around a value: the prefix and the value's name.
-struct EnvelopeTag {
-  std::string_view name;
-
-  std::size_t NameSize() const { return EnvelopePrefix.size() + name.size(); }
-  std::size_t Size() const { return 1 + QXBDataLengthBytes(NameSize()) + NameSize(); }
-  void Write(qxostream& out) const {
-    out.put(0);
-    QXBWriteDataLength(out, NameSize());
-    out.write(EnvelopePrefix.data(), EnvelopePrefix.size());
-    out.write(name.data(), name.size());
+// A stream in memory that is filled through a pointer.
+class Buffer : public qxosstream {
+public:
+  // Room for `n` bytes behind the present ones; `End` tells how many were used.
+  unsigned char* Begin(std::size_t n) {
+    if (n > Room()) reserve(2 * (size() + n) + 512);
+    return pos_;
   }
+  void End(unsigned char* end) { pos_ = end; }
 };
 
-// A block in the making: first every item's form and size is settled, which
-// needs memory only for values that functors write; then all is written in one
-// go, each value once.
+// A block in the making. Its length comes first, so the whole is settled before
+// anything is written; but values of some length stay where they are until
+// then, so that each is copied once.
 class BlockWriter {
 public:
   explicit BlockWriter(const QXBinaryIOHandlerBase& handler) : handler_(handler) {}
@@ -46,34 +37,43 @@ public:
   // False when the whole block must be refused.
   bool Add(const QXBaseData& item);
 
-  std::size_t Size() const { return size_; }
+  std::size_t Size() const { return bytes_.size() + longSize_; }
   void Write(qxostream& out) const;
 
 private:
+  static constexpr std::size_t Long = 512;  // what is cheaper to keep than to copy twice
+
+  // A value that belongs behind the first `at` of the bytes.
+  struct LongValue {
+    std::size_t at;
+    ValueBytes value;
+    bool bits;  // of a vector of bool
+  };
+
   bool AddHandled(std::string_view name, const void* record, std::size_t size);
   bool AddByFunctor(std::string_view name, const QXBaseData& item);
-  void Add(const Item& item) {
-    items_.push_back(item);
-    size_ += item.tag.Size() + 1 + item.size;
+  void AddLong(ValueBytes value, bool bits) {
+    long_.push_back({bytes_.size(), value, bits});
+    longSize_ += value.size;
   }
 
   const QXBinaryIOHandlerBase& handler_;
-  std::vector<Item> items_;
-  std::deque<qxosstream> nested_;  // what functors wrote; never moves
-  std::size_t size_ = 0;           // of all items
+  Buffer bytes_;  // the block but for its marks and the long values
+  std::vector<LongValue> long_;
+  std::size_t longSize_ = 0;               // of all of them
+  std::forward_list<qxosstream> records_;  // what functors wrote
 };
 
-// The tag of an item. A name made from a code when it was read becomes that
-// code again, whatever kind of value bears it; false for a number that is no
-// code. "UnknownQXB" without a number, or with 0, is an ordinary name: a lone
-// zero byte would be taken for the start of a long tag.
-bool ItemTag(std::string_view name, StoredTag& tag) {
-  tag = MakeTag(name);
-  if (!StartsWith(name, NumberedPrefix)) return true;
+// The code to store an item's tag as, 0 for the long form. A name made from a
+// code when it was read becomes that code again, whatever kind of value bears
+// it; -1 for a number that is no code. "UnknownQXB" without a number, or with 0,
+// is an ordinary name: a lone zero byte would be taken for the start of a long
+// tag.
+int ItemCode(std::string_view name) {
+  if (!StartsWith(name, NumberedPrefix)) return ShortCode(name);
   const auto code = static_cast<signed char>(
       std::strtol(name.data() + NumberedPrefix.size(), nullptr, /*base=*/10));
-  if (code > 0) tag.code = static_cast<unsigned char>(code);
-  return code >= 0;
+  return std::max<int>(code, -1);
 }
 
 // Whether the name fits a tag that has `prefix` more bytes.
@@ -85,8 +85,7 @@ bool NameFits(std::string_view name, std::size_t prefix) {
 }
 
 bool BlockWriter::Add(const QXBaseData& item) {
-  if (!QXHasTag(item.GetTag())) return true;
-  const std::string_view name = QXGetTag(item.GetTag());
+  const std::string_view name = NameOfTag(item.GetTag());
   if (name.empty()) return true;
 
   const void* type = item.GetDataType();
@@ -98,26 +97,44 @@ bool BlockWriter::Add(const QXBaseData& item) {
   const Codec* codec = FindCodec(type);
   if (!codec) return AddByFunctor(name, item);
 
-  Item stored{{}, codec, codec->bytes(item), 0};
+  const ValueBytes value = codec->bytes(item);
   // Absence is how a false bool is stored, unless somebody writes it otherwise.
-  if (type == QXGetDataType<bool>() && !*static_cast<const bool*>(stored.value.data))
+  if (type == QXGetDataType<bool>() && !*static_cast<const bool*>(value.data))
     return AddByFunctor(name, item);
   if (!NameFits(name, 0)) return true;
-  if (!ItemTag(name, stored.tag)) return false;
-  stored.size = stored.value.size;
-  if (codec->shape != Shape::Plain) stored.size += QXBDataLengthBytes(stored.value.size);
-  if (codec->shape == Shape::Marked) ++stored.size;
-  Add(stored);
+  const int code = ItemCode(name);
+  if (code < 0) return false;
+
+  const bool isLong = codec->shape == Shape::Bits || value.size > Long;
+  unsigned char* at =
+      bytes_.Begin(MaxTagSize(name) + 2 + MaxLengthBytes + (isLong ? 0 : value.size));
+  at = StoreTag(at, static_cast<unsigned char>(code), name);
+  *at++ = codec->code;
+  if (codec->shape == Shape::Marked) *at++ = static_cast<unsigned char>(QXBShortEndian());
+  if (codec->shape != Shape::Plain) at = StoreLength(at, value.size);
+  if (!isLong) at = StoreBytes(at, value.data, value.size);
+  bytes_.End(at);
+  if (isLong) AddLong(value, codec->shape == Shape::Bits);
   return true;
 }
 
 bool BlockWriter::AddHandled(std::string_view name, const void* record, std::size_t size) {
   // A nested record without bytes would end the reading of the block.
   if (size == 0 || !NameFits(name, EnvelopePrefix.size())) return true;
-  Item stored{{}, nullptr, {record, size, nullptr}, 0};
-  if (!ItemTag(name, stored.tag)) return false;
-  stored.size = EnvelopeTag{name}.Size() + 1 + QXBDataLengthBytes(size) + size;
-  Add(stored);
+  const int code = ItemCode(name);
+  if (code < 0) return false;
+
+  unsigned char* at =
+      bytes_.Begin(2 * MaxTagSize(name) + EnvelopePrefix.size() + MaxLengthBytes + 2);
+  at = StoreTag(at, static_cast<unsigned char>(code), name);
+  *at++ = HandledCode;
+  *at++ = 0;
+  at = StoreLength(at, EnvelopePrefix.size() + name.size());
+  at = StoreBytes(at, EnvelopePrefix.data(), EnvelopePrefix.size());
+  at = StoreBytes(at, name.data(), name.size());
+  *at++ = EnvelopeType;
+  bytes_.End(StoreLength(at, size));
+  AddLong({record, size}, /*bits=*/false);
   return true;
 }
 
@@ -126,12 +143,12 @@ bool BlockWriter::AddByFunctor(std::string_view name, const QXBaseData& item) {
     if (fxn->GetType() != item.GetDataType()) continue;
     const QXNestingScope level;
     if (!level) return false;
-    qxosstream& record = nested_.emplace_back();
+    qxosstream& record = records_.emplace_front();
     if (!(*fxn)(record, item, handler_)) {
       // The text has carried the level's word from the beginning, so it shows
       // twice; programs look for it as it is.
       QXThrow.Warning("Warning: Failed to write QXBase data for tag %s.  Skipping...", name.data());
-      nested_.pop_back();
+      records_.pop_front();
       return true;
     }
     return AddHandled(name, record.data(), record.size());
@@ -152,23 +169,16 @@ void WriteBits(qxostream& out, const std::vector<bool>& bits) {
 void BlockWriter::Write(qxostream& out) const {
   out.put(static_cast<unsigned char>(QXBIntEndian()));
   out.put(static_cast<unsigned char>(QXBFloatEndian()));
-  for (const Item& item : items_) {
-    item.tag.Write(out);
-    if (item.codec) {
-      out.put(item.codec->code);
-    } else {
-      out.put(HandledCode);
-      EnvelopeTag{item.tag.name}.Write(out);
-      out.put(EnvelopeType);
-    }
-    if (item.codec && item.codec->shape == Shape::Marked)
-      out.put(static_cast<unsigned char>(QXBShortEndian()));
-    if (!item.codec || item.codec->shape != Shape::Plain) QXBWriteDataLength(out, item.value.size);
-    if (item.value.bits)
-      WriteBits(out, *item.value.bits);
+  std::size_t done = 0;
+  for (const LongValue& next : long_) {
+    out.write(bytes_.data() + done, next.at - done);
+    done = next.at;
+    if (next.bits)
+      WriteBits(out, *static_cast<const std::vector<bool>*>(next.value.data));
     else
-      out.write(static_cast<const unsigned char*>(item.value.data), item.value.size);
+      out.write(static_cast<const unsigned char*>(next.value.data), next.value.size);
   }
+  out.write(bytes_.data() + done, bytes_.size() - done);
 }
 
 // Whether a record of this tag and payload can be read again; told if not.
@@ -194,19 +204,17 @@ bool CheckRecord(const std::string& tag, std::size_t size) {
 
 bool QXBWriteQXBase(qxostream& out, const QXBase& object, const std::string& tag,
                     const QXBinaryIOHandlerBase& handler) {
-  QXIter<QXBaseData> item = object.GetDataIter();
-  if (!item) return true;
+  const std::vector<QXBaseData*>* items = QXBaseAccess::Items(object);
+  if (!items) return true;
   BlockWriter block(handler);
-  for (; item; ++item)
+  for (const QXBaseData* item : *items)
     if (!block.Add(*item)) return false;
   if (block.Size() == 0) return true;
 
   const std::size_t size = block.Size() + BlockMarks;
   if (!CheckRecord(tag, size)) return false;
-  if (!tag.empty()) {
-    MakeTag(tag.c_str()).Write(out);
-    QXBWriteDataLength(out, size);
-  }
+  if (!tag.empty() && !(QXBWriteTag(out, tag.c_str()) && QXBWriteDataLength(out, size)))
+    return false;
   block.Write(out);
   return static_cast<bool>(out);
 }

@@ -47,13 +47,13 @@ char* WriteFixedBefore(char* end, double value, unsigned precision) {
   const auto exponent = static_cast<unsigned>(bits >> mantissaBits) & 0x7FF;
   if (exponent >= bias + 64 || precision > maxFixedPrecision) return nullptr;
 
-  // value = mantissa * 2^(scale - bias - 52); a subnormal number has no hidden bit.
-  std::uint64_t mantissa = bits & ((std::uint64_t{1} << mantissaBits) - 1);
-  if (exponent != 0) mantissa |= std::uint64_t{1} << mantissaBits;
-  const unsigned scale = exponent == 0 ? 1 : exponent;
-  const Decimal decimal = scale >= bias + mantissaBits
-                              ? Decimal{mantissa << (scale - bias - mantissaBits), 0}
-                              : Round(mantissa, bias + mantissaBits - scale, precision);
+  // value = mantissa * 2^(exponent - bias - 52). Zero and subnormal numbers have
+  // no hidden bit, but with it they are as far below any decimal.
+  const std::uint64_t hidden = std::uint64_t{1} << mantissaBits;
+  const std::uint64_t mantissa = hidden | (bits & (hidden - 1));
+  const Decimal decimal = exponent >= bias + mantissaBits
+                              ? Decimal{mantissa << (exponent - bias - mantissaBits), 0}
+                              : Round(mantissa, bias + mantissaBits - exponent, precision);
 
   if (precision != 0) {
     std::uint64_t fraction = decimal.fraction;

@@ -81,8 +81,9 @@ std::optional<long> ParseInteger(const std::string& text, long lowest, long high
   return negative ? -value : value;
 }
 
-// What most integers are: a sign or none and up to 18 decimal digits, which
-// can't overflow, so that one test at the end suffices. False says nothing.
+// What most integers are: a "-" or none and up to 18 decimal digits, which can't
+// overflow, so that one test at the end suffices. False says nothing yet.
+// `lowest` is 0 or -highest - 1.
 bool ReadPlainInteger(const std::string& text, long lowest, long highest, long& out) {
   const char* p = text.data();
   const bool negative = *p == '-' && lowest < 0;
@@ -91,8 +92,9 @@ bool ReadPlainInteger(const std::string& text, long lowest, long highest, long& 
   unsigned long value = 0;
   for (unsigned digit; (digit = DecimalDigit(*p)) < 10; ++p) value = value * 10 + digit;
   if (p != text.data() + text.size() || p == first || p - first > 18) return false;
-  if (value > static_cast<unsigned long>(negative ? -lowest : highest)) return false;
-  out = negative ? -static_cast<long>(value) : static_cast<long>(value);
+  // Without branches on the sign, which is hard to predict.
+  if (value > static_cast<unsigned long>(highest) + negative) return false;
+  out = static_cast<long>(value) * (1 - 2 * long{negative});
   return true;
 }
 
@@ -102,18 +104,24 @@ bool IsBase(int base) {
 
 // `Range` is the type whose range counts.
 template <class Range, class T>
-bool ToInteger(const std::string& text, T& out, int base) {
-  constexpr long lowest = std::numeric_limits<Range>::min();
-  constexpr long highest = std::numeric_limits<Range>::max();
-  long plain;
-  if (base == 10 && ReadPlainInteger(text, lowest, highest, plain)) {
-    out = static_cast<T>(plain);
-    return true;
-  }
+[[gnu::noinline]] bool ReadAnyInteger(const std::string& text, T& out, int base) {
   std::optional<long> value;
-  if (IsBase(base)) value = ParseInteger(text, lowest, highest, base);
+  if (IsBase(base))
+    value = ParseInteger(text, std::numeric_limits<Range>::min(), std::numeric_limits<Range>::max(),
+                         base);
   out = static_cast<T>(value.value_or(0));
   return value.has_value();
+}
+
+// The quick way needs no stack frame, as the other one is a tail call.
+template <class Range, class T>
+bool ReadInteger(const std::string& text, T& out, int base) {
+  long plain;
+  if (base != 10 || !ReadPlainInteger(text, std::numeric_limits<Range>::min(),
+                                      std::numeric_limits<Range>::max(), plain))
+    return ReadAnyInteger<Range>(text, out, base);
+  out = static_cast<T>(plain);
+  return true;
 }
 
 // --- text to real
@@ -128,29 +136,31 @@ bool OnlyBlanks(const char* p, const char* end) {
   return p == end;
 }
 
-// Short decimal numbers without exponent, as they mostly are. Up to 15 digits
-// and the power of ten that divides them are doubles without error, so that the
-// one division rounds as strtod does. (Clinger, PLDI 1990, 92-101.)
+// Short decimal numbers without exponent, as they mostly are. In 16 characters
+// there are at most 15 digits and a point, or 16 digits. The 15 digits and the
+// power of ten that divides them are doubles without error, so that the one
+// division rounds as strtod does (Clinger, PLDI 1990, 92-101); the 16 digits are
+// rounded when they become a double.
 bool ReadShortDecimal(const char* p, const char* end, double& out) {
-  static constexpr double powersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                           1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
-  constexpr std::ptrdiff_t maxDigits = 15;
+  static constexpr double powers[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                      1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
   const bool negative = *p == '-';
   p += negative;
-  if (end - p > maxDigits + 1) return false;
+  if (end - p > 16) return false;
   const char* const first = p;
   long mantissa = 0;
   unsigned digit;
   for (; (digit = DecimalDigit(*p)) < 10; ++p) mantissa = mantissa * 10 + digit;
-  const std::ptrdiff_t whole = p - first;
+  std::ptrdiff_t digits = p - first;
   std::ptrdiff_t decimals = 0;
   if (*p == '.') {
-    const char* const point = p++;
+    const char* const fraction = ++p;
     for (; (digit = DecimalDigit(*p)) < 10; ++p) mantissa = mantissa * 10 + digit;
-    decimals = p - point - 1;
+    decimals = p - fraction;
+    digits += decimals;
   }
-  if (p != end || whole + decimals == 0 || whole + decimals > maxDigits) return false;
-  const double magnitude = static_cast<double>(mantissa) / powersOfTen[decimals];
+  if (p != end || digits == 0) return false;
+  const double magnitude = static_cast<double>(mantissa) / powers[decimals];
   out = negative ? -magnitude : magnitude;
   return true;
 }
@@ -169,13 +179,13 @@ bool ReadDecimal(const char* p, const char* end, double& out) {
 
 template <class T>
 std::string PrintReal(T value, char format, int precision) {
-  std::string spec = "%.*";
-  if constexpr (std::is_same_v<T, long double>) spec += 'L';
-  spec += format;
+  std::string conversion = "%.*";
+  if constexpr (std::is_same_v<T, long double>) conversion += 'L';
+  conversion += format;
   const CLocaleScope numbersOfC;
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
-  return QXMakeString(spec.c_str(), precision, value);
+  return QXMakeString(conversion.c_str(), precision, value);
 #pragma GCC diagnostic pop
 }
 
@@ -201,27 +211,27 @@ bool IsExponent(const std::string& text, std::size_t at) {
 }  // namespace
 
 bool QXStringToNumber(const std::string& text, long& out, int base) {
-  return ToInteger<std::int32_t>(text, out, base);
+  return ReadInteger<std::int32_t>(text, out, base);
 }
 
 bool QXStringToNumber(const std::string& text, unsigned long& out, int base) {
-  return ToInteger<std::uint32_t>(text, out, base);
+  return ReadInteger<std::uint32_t>(text, out, base);
 }
 
 bool QXStringToNumber(const std::string& text, int& out, int base) {
-  return ToInteger<int>(text, out, base);
+  return ReadInteger<int>(text, out, base);
 }
 
 bool QXStringToNumber(const std::string& text, unsigned int& out, int base) {
-  return ToInteger<unsigned int>(text, out, base);
+  return ReadInteger<unsigned int>(text, out, base);
 }
 
 bool QXStringToNumber(const std::string& text, short& out, int base) {
-  return ToInteger<short>(text, out, base);
+  return ReadInteger<short>(text, out, base);
 }
 
 bool QXStringToNumber(const std::string& text, unsigned short& out, int base) {
-  return ToInteger<unsigned short>(text, out, base);
+  return ReadInteger<unsigned short>(text, out, base);
 }
 
 bool QXStringToNumber(const std::string& text, double& out) {

@@ -6,7 +6,8 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
-#include <iterator>
+#include <functional>
+#include <initializer_list>
 #include <limits>
 
 namespace QXSystem {
@@ -70,13 +71,21 @@ void Add(Container& tokens, const char* begin, const char* end, const char* text
     tokens.emplace_back(begin, static_cast<std::size_t>(end - begin));
 }
 
+bool IsElement(const std::string* text, const std::vector<std::string>& tokens) {
+  const std::less<> before;
+  return !before(text, tokens.data()) && before(text, tokens.data() + tokens.size());
+}
+
+bool IsElement(const std::string* text, const std::list<std::string>& tokens) {
+  return std::any_of(tokens.begin(), tokens.end(), [&](auto& token) { return &token == text; });
+}
+
 // Empties `tokens` and lets `fill` add to it. The container's memory is used
 // again, unless an input is one of the elements.
 template <class Container, class Fill>
 bool Refill(Container& tokens, std::initializer_list<const std::string*> inputs, Fill fill) {
-  const bool aliased = std::any_of(tokens.begin(), tokens.end(), [&](const std::string& token) {
-    return std::find(inputs.begin(), inputs.end(), &token) != inputs.end();
-  });
+  const bool aliased = std::any_of(inputs.begin(), inputs.end(),
+                                   [&](auto* input) { return IsElement(input, tokens); });
   if (aliased) {
     Container fresh;
     fill(fresh);

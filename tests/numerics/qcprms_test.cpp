@@ -170,9 +170,11 @@ TEST_F(Superposition, TellsWhyItFallsBack) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
   const std::vector<double> line = {0, 0, 0, 1, 2, 3, 2, 4, 6, 5, 10, 15}, point(12, 1.0);
   const std::vector<double> four = {1, 1, 1, 1, -1, -1, -1, 1, -1, -1, -1, 1};
-  std::vector<double> inverted = four, broken = four, twice = four;
+  std::vector<double> inverted = four, broken = four, twice = four, near = four, nearer = four;
   for (double& x : inverted) x = -x;
   for (double& x : twice) x *= 2;
+  for (double& x : near) x *= 1.0006;
+  for (double& x : nearer) x *= 1.0005;
   broken[4] = nan;
   const std::string few = "QN RMS requires 3 independent coordinates. Falling back to Jacobi RMS.";
   const std::string newton = "Newton raphson failed. Falling back to Jacobi RMS.";
@@ -195,6 +197,8 @@ TEST_F(Superposition, TellsWhyItFallsBack) {
       {"line, distance only", {line, line, {}}, false, "", 0},
       {"odd weights", {four, twice, {-4, 1, 1, -3}}, false, "Sqrt yields non-normal number", nan},
       {"general", {four, twice, {}}, true, "", std::sqrt(3)},
+      {"above 0.001", {four, near, {}}, true, "", 0.0006 * std::sqrt(3)},
+      {"below 0.001", {four, nearer, {}}, true, "", 0},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);

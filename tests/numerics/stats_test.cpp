@@ -21,6 +21,8 @@ TEST(QXChiSquare, MeasuresDependence) {
   EXPECT_NEAR(QXChiSquare(proportional, 2, 3), 0, 1e-13);
   EXPECT_EQ(QXChiSquare(two, 0, 3) + QXChiSquare(two, 3, 0), 0);
   EXPECT_TRUE(std::isnan(QXChiSquare(emptyRow, 2, 2)));
+  const unsigned wrapping[] = {0x80000000, 0x80000000};  // to a total of 0
+  EXPECT_EQ(QXChiSquare(wrapping, 1, 2), std::numeric_limits<double>::infinity());
   // Totals that do not fit the stack.
   const auto rows = static_cast<unsigned>(QXPlatform::QXGetAllocaThreshold() / sizeof(double));
   std::vector<unsigned> large(2ul * rows, 5);
@@ -45,9 +47,11 @@ TEST(QXMaxp, ReadsTheTable) {
     double chi2;
     unsigned dof;
     float level;
-  } cases[] = {{2, 1, 0},          {2.706, 1, 0},      {3, 1, 0.1f},    {3.841, 1, 0.1f},
-               {3.8411, 1, 0.05f}, {6.635, 1, 0.025f}, {6.7, 1, 0.01f}, {10.828, 1, 0.005f},
-               {11, 1, 0.001f},    {nan, 1, 0.001f},   {-1, 0, 0.001f}, {-1.5, 0, 0}};
+  } cases[] = {{2, 1, 0},        {2.706, 1, 0},       {3, 1, 0.1f},
+               {3.841, 1, 0.1f}, {3.8411, 1, 0.05f},  {6.635, 1, 0.025f},
+               {6.7, 1, 0.01f},  {10.828, 1, 0.005f}, {10.82801, 1, 0.001f},
+               {11, 1, 0.001f},  {nan, 1, 0.001f},    {-1, 0, 0.001f},
+               {-1.5, 0, 0}};
   for (const auto& c : cases)
     EXPECT_EQ(QXMaxp(c.chi2, c.dof), static_cast<double>(c.level)) << c.chi2 << " " << c.dof;
   EXPECT_EQ(QXMaxp(11, 1), 0.0010000000474974513);

@@ -81,7 +81,8 @@ TEST(PrincipalAxes, MakeTheTensorDiagonal) {
       EXPECT_TRUE(i == 0 || std::fabs(pmi[i]) <= std::fabs(pmi[i - 1]));
       for (int k = 0; k < 3; ++k) {
         // A cubic's roots lose half their digits where two are close.
-        const double row = t[3ul * k] * p[0] + t[3ul * k + 1] * p[1] + t[3ul * k + 2] * p[2];
+        const double* u = t.data() + 3 * k;
+        const double row = u[0] * p[0] + u[1] * p[1] + u[2] * p[2];
         EXPECT_NEAR(row, pmi[i] * p[k], 1e-6 * std::fabs(pmi[0])) << trial;
         EXPECT_NEAR(p[k], q[(k + 1) % 3] * s[(k + 2) % 3] - q[(k + 2) % 3] * s[(k + 1) % 3], 1e-12);
       }

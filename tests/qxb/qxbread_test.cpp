@@ -76,6 +76,8 @@ TEST(QXBRead, TellsDamageAndKeepsWhatCameBefore) {
                // Any byte but 0 is true, and must become a bool that C++ knows.
                {"00 81 'b' 02 07 00 81 'b' 02 00", 0, "b=b:01 b=b:00 "},
                {"00 81 'b' 03 83 0200FF 00 81 'b' 50 83 0200FF", 0, "b=b*:010001 b=b[]:010001 "},
+               // The mark in front of short elements speaks for itself.
+               {"00 81 's' 53 00 82 0102 00 81 's' 53 01 82 0102", 0, "s=s[]:0201 s=s[]:0102 "},
                // No elements: damage in an array, unless of bool, and none in a vector.
                {"00 81 'a' 20 80", 4, ""},
                {"00 81 'a' 12 01 80", 4, ""},
@@ -141,10 +143,12 @@ TEST(QXBRead, KeepsUnreadValuesBesideAllOthers) {
   std::string block = Hex("01 3F");
   for (int i = 0; i < 40000; ++i)
     block += Hex("1F 60 1F 51 8E 1F 8C 00 89 'many" + std::to_string(10000 + i % 20000) + "' 07");
+  const std::string sameName = Hex("1F 60 1F 51 86 1F 84 00 81 'a' 07");
   QXContainer many;
-  EXPECT_EQ(ReadPayload(block, many), 0u);
-  EXPECT_TRUE(QXIter<QXBaseData>(many.GetDataIter()) += 19999);
-  EXPECT_FALSE(QXIter<QXBaseData>(many.GetDataIter()) += 20000);
+  EXPECT_EQ(ReadPayload(block + intItem + sameName + sameName, many), 0u);
+  QXIter<QXBaseData> item = many.GetDataIter();
+  EXPECT_TRUE(item += 20002);
+  EXPECT_FALSE(++item);
 }
 
 TEST(QXBRead, ReadsHandledValues) {
