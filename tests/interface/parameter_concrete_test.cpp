@@ -33,7 +33,8 @@ void ExpectClass(const std::string& id) {
   EXPECT_EQ(p.TypedParameterTypeID(), QXGetDataType<QXTypedParameter<T>>());
   EXPECT_EQ(p.FactoryTypeID(), QXGetDataType<P>());
   const std::unique_ptr<QXParameter> copy(p.CreateCopy());
-  EXPECT_EQ(typeid(*copy), typeid(P));
+  const QXParameter& same = *copy;
+  EXPECT_EQ(typeid(same), typeid(P));
 }
 
 TEST(QXConcreteParameters, KnowTheirClassTypeAndCopy) {
