@@ -152,13 +152,12 @@ void ConfigureParameter(QXParameter& parameter, const Body& body) {
   for (auto line = body.begin(); line != body.end(); ++line) {
     if (line->SaysNothing()) continue;
     const Keyword* keyword = FindKeyword(*line);
-    if (!keyword || line->size < keyword->min || line->size > keyword->max)
-      complain(*line);
-    else if (keyword->kind == Kind::Detail)
+    const bool fits = keyword && line->size >= keyword->min && line->size <= keyword->max;
+    if (fits && keyword->kind == Kind::Detail)
       line = AddDetail(parameter, line + 1, body.end()) - 1;
-    else if (keyword->kind == Kind::Default)
+    else if (fits && keyword->kind == Kind::Default)
       defaults.push_back(&*line);
-    else if (keyword->kind == Kind::Set && !keyword->set(parameter, *line))
+    else if (!fits || (keyword->kind == Kind::Set && !keyword->set(parameter, *line)))
       complain(*line);
   }
 

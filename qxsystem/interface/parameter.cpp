@@ -330,22 +330,22 @@ bool QXTypedParameter<T>::AddDefault(const T& value) {
 template <class T>
 bool QXTypedParameter<T>::SetValue(const T& value) {
   if (!IsLegal(value)) return false;
-  const T copy = value;
+  std::deque<T> fresh(1, value);
   ClearValues();
-  values_.push_back(copy);
+  values_.swap(fresh);
   std::string text;
-  if (GetString(text, copy)) SetStringValue(text);
+  if (GetString(text, values_.back())) SetStringValue(text);
   return true;
 }
 
 template <class T>
 bool QXTypedParameter<T>::SetDefault(const T& value) {
   if (!IsLegal(value)) return false;
-  const T copy = value;
+  std::deque<T> fresh(1, value);
   ClearDefaults();
-  defaults_.push_back(copy);
+  defaults_.swap(fresh);
   std::string text;
-  if (GetString(text, copy)) SetStringDefault(text);
+  if (GetString(text, defaults_.back())) SetStringDefault(text);
   return true;
 }
 

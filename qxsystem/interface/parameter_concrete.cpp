@@ -95,6 +95,7 @@ bool QXStringParameter::IsLegalString(const std::string& text) const {
   return IsLegal(text);
 }
 bool QXStringParameter::IsLegal(const std::string& text) const {
+  // The parent's asks IsLegal again.  NOLINTNEXTLINE(bugprone-parent-virtual-call)
   return QXParameter::IsLegalString(text);
 }
 
