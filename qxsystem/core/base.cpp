@@ -1,5 +1,8 @@
 #include <qxsystem/core/base.h>
 
+#include <algorithm>
+#include <new>
+#include <unordered_map>
 #include <vector>
 
 #include <qxsystem/core/error.h>
@@ -17,11 +20,15 @@ QX_INSTANTIATE_DATA(template);
 template class QXBaseDataT<QXContainer>;
 template class QXBaseDataT<std::vector<QXContainer>>;
 
+// Where the first item of each tag stands.
+struct QXBaseImpl::Index : std::unordered_map<unsigned, std::size_t> {};
+
 QXBaseImpl::QXBaseImpl() {
   data_.reserve(Few);
 }
 
-QXBaseImpl::QXBaseImpl(const QXBaseImpl& other) {
+// Delegates, so that the copies made are deleted when one more cannot be.
+QXBaseImpl::QXBaseImpl(const QXBaseImpl& other) : QXBaseImpl() {
   AppendCopies(other);
 }
 
@@ -31,6 +38,7 @@ QXBaseImpl& QXBaseImpl::operator=(const QXBaseImpl& other) {
   QXBaseImpl copies(other);
   data_.swap(copies.data_);
   tags_ = copies.tags_;
+  index_.swap(copies.index_);
   return *this;
 }
 
@@ -41,12 +49,31 @@ QXBaseImpl::~QXBaseImpl() {
 void QXBaseImpl::Clear() {
   for (QXBaseData* item : data_) delete item;
   data_.clear();
+  index_.reset();
 }
 
 QXBaseData* QXBaseImpl::FindBehindFew(unsigned tag) const {
+  if (index_) {
+    const auto place = index_->find(tag);
+    return place != index_->end() ? data_[place->second] : nullptr;
+  }
   const auto found = std::find_if(data_.begin() + Few, data_.end(),
                                   [tag](const QXBaseData* item) { return item->GetTag() == tag; });
   return found != data_.end() ? *found : nullptr;
+}
+
+// Without memory for an index the list goes without.
+void QXBaseImpl::Enter(std::size_t place) noexcept {
+  try {
+    if (index_) {
+      index_->emplace(data_[place]->GetTag(), place);
+      return;
+    }
+    index_ = std::make_unique<Index>();
+    for (std::size_t i = 0; i <= place; ++i) index_->emplace(data_[i]->GetTag(), i);
+  } catch (const std::bad_alloc&) {
+    index_.reset();
+  }
 }
 
 void QXBaseImpl::Replace(const QXBaseData* old, std::unique_ptr<QXBaseData> item) {
@@ -67,16 +94,17 @@ void QXBaseImpl::AppendCopies(const QXBaseImpl& other) {
 bool QXBaseImpl::DeleteData(unsigned tag) {
   std::size_t kept = 0;
   for (QXBaseData* item : data_) {
-    if (item->GetTag() == tag) {
+    if (item->GetTag() == tag)
       delete item;
-    } else {
-      data_[kept] = item;
-      NoteTag(kept++);
-    }
+    else
+      data_[kept++] = item;
   }
-  const bool found = kept != data_.size();
+  if (kept == data_.size()) return false;
   data_.resize(kept);
-  return found;
+  index_.reset();
+  for (std::size_t i = 0; i < std::min(kept, Few); ++i) NoteTag(i);
+  if (kept > Many) NoteTag(kept - 1);
+  return true;
 }
 
 bool QXBaseImpl::CheckTypeWarning() {
@@ -105,7 +133,11 @@ QXBase& QXBase::operator=(const QXBase& other) {
 // are deleted.
 QXBase& QXBase::operator=(QXBase&& other) noexcept {
   if (this == &other) return *this;
-  std::unique_ptr<QXBaseImpl> old(std::exchange(impl_, std::exchange(other.impl_, nullptr)));
+  if (!other.impl_) {
+    Clear();
+  } else {
+    std::unique_ptr<QXBaseImpl> old(std::exchange(impl_, std::exchange(other.impl_, nullptr)));
+  }
   return *this;
 }
 
@@ -160,9 +192,7 @@ void QXCopyBaseData(QXBase& to, const QXBase& from) {
   std::vector<std::unique_ptr<QXBaseData>> copies;
   for (QXIter<QXBaseData> item = from.GetDataIter(); item; ++item)
     copies.emplace_back(item->CreateCopy());
-  std::vector<unsigned> tags;
-  for (QXIter<QXBaseData> item = to.GetDataIter(); item; ++item) tags.push_back(item->GetTag());
-  for (unsigned tag : tags) to.DeleteData(tag);
+  to.QXBase::Clear();
   for (auto& copy : copies) to.AddBaseData(std::move(copy));
 }
 

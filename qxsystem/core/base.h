@@ -69,7 +69,7 @@ public:
   bool SetData(unsigned tag, const T* array, unsigned n);
   template <class T, std::enable_if_t<std::is_pointer_v<T>, int> = 0>
   bool SetData(unsigned tag, const std::remove_pointer_t<T>* array, unsigned n) {
-    return SetData<std::remove_pointer_t<T>>(tag, array, n);
+    return SetData<std::remove_const_t<std::remove_pointer_t<T>>>(tag, array, n);
   }
   template <class T, std::enable_if_t<!std::is_pointer_v<T>, int> = 0>
   bool SetData(const char* tag, const T* array, unsigned n) {
@@ -77,7 +77,7 @@ public:
   }
   template <class T, std::enable_if_t<std::is_pointer_v<T>, int> = 0>
   bool SetData(const char* tag, const std::remove_pointer_t<T>* array, unsigned n) {
-    return SetData<std::remove_pointer_t<T>>(QXGetTag(tag), array, n);
+    return SetData<T>(QXGetTag(tag), array, n);
   }
 
   /// Appends an item, whatever the list holds. True.
@@ -128,9 +128,6 @@ public:
   QXIterBase<QXBaseData>* GetDataIter(unsigned tag) const;
   QXIterBase<QXBaseData>* GetDataIter(const char* tag) const { return GetDataIter(QXGetTag(tag)); }
 
-  /// All items without a cursor, null when there is no list yet.
-  const std::vector<QXBaseData*>* Items() const { return impl_ ? &impl_->Items() : nullptr; }
-
   /// Appends copies of the items of `other`, which may be this object.
   QXBase& operator+=(const QXBase& other);
 
@@ -139,23 +136,27 @@ protected:
   QXBase(const QXBase& other);
   QXBase(QXBase&& other) noexcept : impl_(std::exchange(other.impl_, nullptr)) {}
 
-  /// Takes copies of the items of `other` for its own. From an object that
-  /// never had items this is the virtual `Clear`, so a derived class assigns
-  /// its base first and its own state afterwards. `other` may be held by a
-  /// value of this object.
+  /// Takes the items of `other`, copies or themselves, for its own.
+  ///
+  /// Two things a derived class with state of its own must mind. From an object
+  /// that never had items this is the virtual `Clear`, so what it assigns
+  /// itself is put in place afterwards. And `other` may be held by a value of
+  /// this object, which is gone afterwards, so it is copied from beforehand.
   QXBase& operator=(const QXBase& other);
   QXBase& operator=(QXBase&& other) noexcept;
 
 private:
+  friend struct QXBaseAccess;
+
   QXBaseImpl& Data() { return impl_ ? *impl_ : MakeData(); }
   QXBaseImpl& MakeData();
 
-  QXBaseImpl* impl_ = nullptr;  // owned, null until the first item is stored
+  QXBaseImpl* impl_ = nullptr;  // owned, null as long as no item ever was
 };
 
-/// Replaces, tag by tag, the items of `to` by copies of those of `from`, and
-/// leaves alone what a derived class holds beyond its items. The same object
-/// on both sides is left as it is.
+/// Gives `to` copies of the items of `from` in place of its own, tag by tag.
+/// Unlike an assignment it does not touch the fields of a derived class. The
+/// same object on both sides is left as it is.
 QXSYSTEM_API void QXCopyBaseData(QXBase& to, const QXBase& from);
 
 /// The plain QXBase: an anonymous bag of values, also as a value in another.

@@ -58,12 +58,15 @@ class QXSYSTEM_API QXBaseDataT;
 template <class T>
 class QXSYSTEM_API QXBaseDataT : public QXBaseData {
 public:
+  /// Holds `value` under the name with the id `tag`.
   QXBaseDataT(unsigned tag, T value) : QXBaseData(tag), value_(std::move(value)) {}
 
   const void* GetDataType() const override { return QXGetDataType<T>(); }
   unsigned GetSize() const override { return 1; }
   QXBaseData* CreateCopy() const override { return new QXBaseDataT(*this); }
 
+  /// The value, which may be changed. Of an array item it is the array that the
+  /// item owns: its elements may be changed, the pointer must not.
   const T& GetValue() const { return value_; }
   T& GetValue() { return value_; }
 

@@ -15,9 +15,10 @@ namespace QXSystem {
 
 /// An owning list of items in order of insertion.
 ///
-/// There is no index: an object carries few items, and a scan from the front
-/// is what makes the first item of a tag win. For the first few items the scan
-/// goes over their tags alone, which stand side by side here.
+/// An object carries few items as a rule, and a scan from the front finds the
+/// first item of a tag: over the tags of the first few, which stand side by side
+/// here, then over the items. Only a list of many has an index, so that reading
+/// a long list does not cost the square of its length.
 class QXSYSTEM_API QXBaseImpl {
 public:
   QXBaseImpl();
@@ -44,8 +45,8 @@ public:
   /// Puts `item` behind the others.
   void Append(std::unique_ptr<QXBaseData> item) {
     data_.push_back(item.get());
-    NoteTag(data_.size() - 1);
     item.release();
+    NoteTag(data_.size() - 1);
   }
 
   /// Puts `item` in the place of `old`, which is in the list, has the same tag,
@@ -70,17 +71,24 @@ public:
   }
 
 private:
+  struct Index;
   static constexpr std::size_t Few = 8;
+  static constexpr std::size_t Many = 64;
 
   QXBaseData* FindBehindFew(unsigned tag) const;
 
-  // Has to follow whatever puts an item at `place`.
+  // Has to follow whatever puts an item at `place`, the last.
   void NoteTag(std::size_t place) {
-    if (place < Few) tags_[place] = data_[place]->GetTag();
+    if (place < Few)
+      tags_[place] = data_[place]->GetTag();
+    else if (place >= Many)
+      Enter(place);
   }
+  void Enter(std::size_t place) noexcept;
 
   std::vector<QXBaseData*> data_;     // owned, in order of insertion
   std::array<unsigned, Few> tags_{};  // those of the first items
+  std::unique_ptr<Index> index_;      // of all items; null unless they are many
 };
 
 }  // namespace QXSystem

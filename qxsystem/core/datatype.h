@@ -23,8 +23,8 @@ QXSYSTEM_API std::uint64_t HashTypeName(const char* name);
 /// it travels as a pointer.
 ///
 /// It follows from the name of the type, so one type has one identity wherever
-/// it is asked for. By the same rule, types of one name in unnamed namespaces
-/// of two sources share an identity: do not store such types as data. `T`,
+/// it is asked for. Two local types of the same name, each in the unnamed
+/// namespace of its own source, cannot be told apart: do not store such as data. `T`,
 /// `const T` and `T&` share theirs, too.
 template <class T>
 const void* QXGetDataType() {

@@ -33,7 +33,8 @@ QXErrorHandler::QXErrorHandler(QXErrorHandler& other)
       plain_(IfPlain(impl_)) {}
 
 QXErrorHandler& QXErrorHandler::operator=(QXErrorHandler& other) {
-  if (this != &other)
+  // Who merely borrows our own implementation has nothing else to give.
+  if (this != &other && (other.owned_ || other.impl_ != impl_))
     SetHandlerImpl(other.owned_ ? other.impl_->CreateCopy() : other.impl_, other.owned_);
   return *this;
 }

@@ -16,8 +16,8 @@ namespace QXSystem {
 class QXErrorHandlerImplBase;
 class QXErrorHandlerStreamImpl;
 
-/// Levels of messages, ordered by weight. A message is shown when its level is
-/// at least the level of the handler.
+/// Levels of messages, ordered by weight. A handler shows what weighs as much as
+/// its own level or more.
 namespace QXErrorLevel {
 constexpr unsigned Undefined = 0;
 constexpr unsigned Debug = 1;
@@ -50,6 +50,9 @@ public:
   /// Takes a copy of an implementation that `other` owns, and shares one that
   /// it does not own.
   QXErrorHandler(QXErrorHandler& other);
+
+  /// The same; the present implementation is deleted if it was owned. Nothing
+  /// happens when `other` borrows this handler's own.
   QXErrorHandler& operator=(QXErrorHandler& other);
   ~QXErrorHandler();
 
@@ -57,6 +60,8 @@ public:
   /// owned. With `owned` this handler deletes `impl` in its turn. The installed
   /// implementation given again changes nothing but the ownership.
   void SetHandlerImpl(QXErrorHandlerImplBase* impl, bool owned);
+
+  /// The installed implementation, valid until another one is installed.
   QXErrorHandlerImplBase* GetHandlerImpl();
 
   /// Prints to `out` from now on, which is borrowed and must outlive its use.
@@ -83,6 +88,7 @@ public:
 
   // Slot 1 of a format is the object.
 #define QX_PRINTF(slot, first) __attribute__((__format__(__printf__, slot, first)))
+  /// Report at the level of their name.
   void Debug(const char* format, ...) QX_PRINTF(2, 3);
   void Verbose(const char* format, ...) QX_PRINTF(2, 3);
   void Info(const char* format, ...) QX_PRINTF(2, 3);
@@ -92,7 +98,10 @@ public:
   /// above Error. When it returns, the caller goes on.
   void Error(const char* format, ...) QX_PRINTF(2, 3);
 
-  /// Ends the process with status 1 through `exit`, shown or not.
+  /// Ends the process with status 1 through `exit`, shown or not. When several
+  /// threads do so, the first decides and the others wait; a program that calls
+  /// `exit` itself, or returns from `main`, must do so when no other thread can
+  /// report a Fatal.
   void Fatal(const char* format, ...) QX_PRINTF(2, 3);
 
   /// Ends the process with status 0 through `exit`, shown or not.

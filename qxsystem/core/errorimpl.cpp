@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <memory>
 
+#include <qxsystem/core/endprocess_private.h>
+
 namespace QXSystem {
 namespace {
 
@@ -57,10 +59,11 @@ private:
   char short_[512];
 };
 
-// `exit` must not run on two threads at once, so all but the first wait here
-// for the end. A destructor that runs during `exit` may end the process too:
-// calling `exit` again goes on with what is left.
-[[noreturn]] void EndProcess(int status) {
+}  // namespace
+
+// A destructor that runs during `exit` may end the process too: calling `exit`
+// again goes on with what is left.
+void EndProcess(int status) {
   static std::atomic<pthread_t> exiting{};
   pthread_t owner{};
   const pthread_t self = pthread_self();
@@ -68,8 +71,6 @@ private:
     for (;;) pause();
   std::exit(status);
 }
-
-}  // namespace
 
 std::string QXErrorLevelToString(unsigned level) {
   return level <= QXErrorLevel::Quiet ? levels[level].name : "Unknown Error Level";

@@ -39,6 +39,7 @@ public:
   /// messages that had no level of 1 to 8.
   virtual unsigned Count(unsigned level) const;
 
+  /// Sets whether an Error counts as Fatal.
   virtual void SetStrict(bool strict);
 
   /// Sets the calling thread's level. No range is checked.

@@ -76,6 +76,10 @@ QXSYSTEM_API QXErrorHandlerTestImpl* QXGetErrorHandlerTestImpl();
 /// of the scope; threads that report in between must be able to catch. After
 /// the scope, threads other than this one are at level Info.
 /// `QXThrow.SetOutputStream` ends the capture.
+///
+/// An implementation that QXThrow owned is deleted at the beginning, so earlier
+/// answers of `GetHandlerImpl` are void; in the place of one that it borrowed
+/// stands, afterwards, a copy.
 class QXSYSTEM_API QXPushTestHandler {
 public:
   QXPushTestHandler();
@@ -84,6 +88,7 @@ public:
   QXPushTestHandler& operator=(const QXPushTestHandler&) = delete;
 
 protected:
+  /// The implementation that captures in this scope.
   const QXErrorHandlerTestImpl& GetTestImpl() const { return *test_; }
   QXErrorHandlerTestImpl& GetTestImpl() { return *test_; }
 
@@ -98,6 +103,7 @@ public:
   QXPushSimpleQXThrowTester();
   ~QXPushSimpleQXThrowTester() noexcept(false) override;
 
+  /// Whether there are messages of the levels 1 to 8, of one level.
   bool HasMessages() const;
   bool HasMessagesAtLevel(unsigned level) const;
 
@@ -116,6 +122,7 @@ public:
   std::string GetErrorLog() const;
 
 protected:
+  /// The texts to look for, by level.
   const QXErrorLog& GetSearchStrings() const { return searchStrings_; }
 
   /// For destructors: throws `std::runtime_error` with `failure`, unless that is

@@ -1,14 +1,13 @@
-// Cursors: the protocol by which everything in the library is enumerated. A
-// query that yields many things returns a new `QXIterBase<T>*`, which the
-// caller adopts in a `QXIter<T>`:
+// Cursors: the protocol by which everything in the library is enumerated. Where
+// the answer is a sequence, a function gives a new `QXIterBase<T>*`, for the
+// caller to hold in a `QXIter<T>`:
 //
 //     for (QXIter<QXBaseData> item = object.GetDataIter(); item; ++item)
 //       Use(*item);
 //
-// A cursor over a container holds a plain pointer to it: it is valid while the
-// container lives and is not changed, and owns none of the elements, unless its
-// class says otherwise. Moving an invalid cursor is no error. Reading from one
-// is the caller's fault; only empty cursors report it.
+// Unless its class says otherwise, a cursor owns nothing and looks straight into
+// the container it walks, whose end, or any change of which, ends its use. Moving an invalid cursor
+// is no error. Reading from one is the caller's fault; only empty cursors report it.
 //
 // A cursor belongs to one thread at a time and, its memory being pooled, is
 // deleted on the thread that made it; two threads may walk two copies.
@@ -44,9 +43,9 @@ public:
   /// cursor over both; null appends nothing.
   ///
   /// The result owns this cursor, too, and takes its place in the caller's
-  /// hands. It stands where this cursor stands, or, if this one is not valid, on
-  /// the first element of `other`. When an exception leaves, this cursor is
-  /// still the caller's and `other` is deleted.
+  /// hands. It stands where this cursor stands, or, if this one is not valid, moves
+  /// on as by `++`: from its end to the first element of `other`. When an exception leaves, this
+  /// cursor is still the caller's and `other` is deleted.
   virtual QXIterBase<T>* Push(QXIterBase<T>* other);
 
   // Movement; the result is the cursor itself. A negative count moves the
@@ -69,6 +68,9 @@ public:
     const unsigned count = static_cast<unsigned>(n);
     return n < 0 ? *this += 0u - count : *this -= count;
   }
+
+  /// To the first and the last element; without elements the cursor is not
+  /// valid.
   virtual QXIterBase<T>& ToFirst() = 0;
   virtual QXIterBase<T>& ToLast() = 0;
 

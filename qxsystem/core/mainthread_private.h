@@ -1,4 +1,4 @@
-// The main thread: the one that ran the static initialisers of the library.
+// The main thread: the one that loaded the library.
 #pragma once
 
 #include <thread>

@@ -25,9 +25,9 @@ public:
   /// Takes `source` over, null being an empty one, and works with a copy of
   /// `order`. Stands on the first element.
   QXSortedIter(QXIterBase<T>* source, const QXBinaryPredicate<T, T>& order)
-      : QXSortedIter(std::unique_ptr<QXIterBase<T>>(source), SortedIterCriterion<T>(order)) {}
+      : QXSortedIter(Adopted{source}, order) {}
   QXSortedIter(QXIterBase<T>* source, const SortedIterCriterion<T>& order)
-      : QXSortedIter(std::unique_ptr<QXIterBase<T>>(source), order) {}
+      : QXSortedIter(Adopted{source}, order) {}
 
   QXSortedIter(const QXSortedIter& other)
       : QXOffsetIterBase<T>(other),
@@ -56,8 +56,12 @@ public:
   operator bool() const override { return this->offset_ < list_.size(); }
 
 private:
-  QXSortedIter(std::unique_ptr<QXIterBase<T>> source, const SortedIterCriterion<T>& order)
-      : source_(std::move(source)), order_(order) {
+  // The source is in good hands before anything can throw.
+  struct Adopted {
+    QXIterBase<T>* source;
+  };
+  template <class Order>
+  QXSortedIter(Adopted adopted, const Order& order) : source_(adopted.source), order_(order) {
     FillList();
   }
 

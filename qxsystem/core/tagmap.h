@@ -25,7 +25,8 @@ QXSYSTEM_API unsigned QXGetTag(const std::string& name);
 QXSYSTEM_API unsigned QXGetTag(std::string&& name);
 
 /// The name with the id `id`, valid until the process ends and never null; ""
-/// for reserved ids and for those never given out. Takes no lock.
+/// for reserved ids and for those never given out. Takes no lock once there is a
+/// table.
 ///
 /// A literal zero must be written `0u`, or it could be a null `name`.
 QXSYSTEM_API const char* QXGetTag(unsigned id);

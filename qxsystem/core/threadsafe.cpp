@@ -41,9 +41,7 @@ Cache* ImmortalCache() {
 
 void QXSetMemPoolMode(unsigned mode) {
   if (poolModeWasSet.exchange(true))
-    QXThrow.Error(
-        "QXSetMemPoolMode called twice! Should only be called once per "
-        "program");
+    QXThrow.Error("QXSetMemPoolMode called twice! Should only be called once per program");
   poolMode.store(mode, std::memory_order_relaxed);
   QXMemPool<8>::readyBlocks_ = nullptr;
   QXMemPool<24>::readyBlocks_ = nullptr;

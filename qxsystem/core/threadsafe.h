@@ -160,14 +160,20 @@ public:
 
   /// The same as `cachePtr()->Pop()`, and faster in the default mode.
   static void* Pop() {
-    QXFreeList<N>* const blocks = HasShortWay ? readyBlocks_ : nullptr;
-    return blocks && !blocks->IsEmpty() ? blocks->Pop() : PopFromCache();
+    if constexpr (HasShortWay) {
+      QXFreeList<N>* const blocks = readyBlocks_;
+      if (blocks && !blocks->IsEmpty()) return blocks->Pop();
+    }
+    return PopFromCache();
   }
 
   /// The same as `cachePtr()->Push(block)`; `block` must not be null.
   static void Push(void* block) {
-    QXFreeList<N>* const blocks = HasShortWay ? readyBlocks_ : nullptr;
-    return blocks ? blocks->Push(block) : PushToCache(block);
+    if constexpr (HasShortWay) {
+      QXFreeList<N>* const blocks = readyBlocks_;
+      if (blocks) return blocks->Push(block);
+    }
+    PushToCache(block);
   }
 
   // The caches by kind. Each is built when it is first asked for; the

@@ -10,6 +10,7 @@ namespace QXPlatform {
 /// A file by name. Every question is asked anew of the system.
 class QXPLATFORM_API QXFile {
 public:
+  /// Touches nothing yet.
   explicit QXFile(const std::string& name);
 
   /// True when there is something of that name, other than a directory.

@@ -75,10 +75,12 @@ std::size_t qxistream::read(unsigned char* buffer, std::size_t n) {
 }
 
 std::size_t qxistream::read(std::string& out) {
-  // The size is a hint only: it may be unknown, and files of /proc say zero.
+  // The size is a hint only: it may be unknown, and files of /proc say zero, or
+  // more than there is memory.
+  constexpr long mostAtOnce = 1L << 26;
   const long left = size() - tell();
   out.clear();
-  if (left > 0) out.reserve(static_cast<std::size_t>(left));
+  if (left > 0) out.reserve(static_cast<std::size_t>(std::min(left, mostAtOnce)));
   return read(out, std::numeric_limits<std::size_t>::max());
 }
 
@@ -330,6 +332,7 @@ bool qxifstream::open(const char* name) {
   close();
   SetFailed(true);
   if (name == nullptr) return false;
+  if (!buffer_) buffer_ = std::make_unique<unsigned char[]>(QXStreamBufferSize);
   do {
     fd_ = ::open(name, O_RDONLY | O_CLOEXEC);
   } while (fd_ < 0 && errno == EINTR);
@@ -340,8 +343,9 @@ bool qxifstream::open(const char* name) {
     close();
     return false;
   }
-  seekable_ = S_ISREG(status.st_mode) || S_ISBLK(status.st_mode);
-  if (!buffer_) buffer_ = std::make_unique<unsigned char[]>(QXStreamBufferSize);
+  // Some file systems have regular files that can only be read in order.
+  seekable_ =
+      (S_ISREG(status.st_mode) || S_ISBLK(status.st_mode)) && ::lseek(fd_, 0, SEEK_CUR) == 0;
   SetFailed(false);
   return true;
 }
@@ -587,8 +591,10 @@ qxistream* qxiwrapperstream::Innermost() const {
   return source;
 }
 
+// A derived class may have shown a window of its own, which is no place in the
+// inner stream's.
 void qxiwrapperstream::GiveBack() {
-  inner_->cur_ = cur_;
+  if (end_ == inner_->end_) inner_->cur_ = cur_;
 }
 
 void qxiwrapperstream::ShowInner() {

@@ -32,8 +32,8 @@ public:
   /// Closes the source; the stream then is at its end.
   void close();
 
-  /// True as soon as nothing more can come, before a read fails. A file stream
-  /// may have to fill its buffer to know.
+  /// Whether the stream is used up. It is known before a read comes back empty,
+  /// for which a file stream may have to fill its buffer.
   bool eof() { return cur_ == end_ && !Fill(); }
 
   /// Moves up to `n` bytes into `buffer` and returns their number, less than
@@ -68,7 +68,7 @@ public:
   }
 
   /// Replaces `line` by the next line, without its line end, which is "\n" or
-  /// "\r\n"; a lone "\r" is text. A last line without line end counts. False,
+  /// "\r\n"; a lone "\r" is text. The last line needs none. False,
   /// with an empty `line`, at the end of the stream.
   bool getline(std::string& line);
 
@@ -115,9 +115,11 @@ public:
   qxistream& operator>>(double& value);
   qxistream& operator>>(std::string& value);
 
-  /// Copies the rest of the stream into `out`. What `out` refuses stays here.
+  /// Moves what is left of the stream to `out`, as far as that takes it. What `out` refuses stays
+  /// here.
   qxistream& operator>>(qxostream& out);
 
+  /// Calls the manipulator.
   qxistream& operator>>(qxmanipulator manipulator);
   qxistream& operator>>(qxistream& (*manipulator)(qxistream&)) { return manipulator(*this); }
 
@@ -233,8 +235,8 @@ private:
   bool owned_ = false;  // data_ is ours, made by new[] of char
 };
 
-/// Input that forwards to another stream; base of streams that watch or change
-/// what passes.
+/// Input that forwards to another stream; base of streams that watch what
+/// passes.
 ///
 /// While a stream is wrapped, only the wrapper may be used to read it.
 class QXPLATFORM_API qxiwrapperstream : public qxistream {
@@ -245,7 +247,8 @@ public:
 
   /// Reads from `inner` from now on, null for nothing. With `own` this stream
   /// deletes it; a previous inner stream that was owned is deleted. The present
-  /// one given again changes nothing but the ownership.
+  /// one given again changes nothing but the ownership. A borrowed `inner` must
+  /// live until another is set, `clear`, or the end of this stream.
   void set(qxistream* inner, bool own);
 
   /// Lets go of the inner stream and gives back to it what was not read.

@@ -8,8 +8,8 @@
 
 namespace QXPlatform {
 
-/// The size in bytes above which scratch memory is taken from the heap: small
-/// against a thread's stack.
+/// The most bytes of scratch memory that the stack gives, few against a thread's
+/// whole stack; for more the heap is asked.
 QXPLATFORM_API std::size_t QXGetAllocaThreshold();
 
 /// Owner of a scratch buffer, made by `QXMalloca`:

@@ -166,11 +166,11 @@ qxofstream::~qxofstream() {
 bool qxofstream::open(const std::string& name) {
   close();
   SetFailed(true);
+  if (!buffer_) buffer_ = std::make_unique<unsigned char[]>(QXStreamBufferSize);
   do {
     fd_ = ::open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
   } while (fd_ < 0 && errno == EINTR);
   if (fd_ < 0) return false;
-  if (!buffer_) buffer_ = std::make_unique<unsigned char[]>(QXStreamBufferSize);
   pos_ = buffer_.get();
   limit_ = pos_ + QXStreamBufferSize;
   SetFailed(false);

@@ -31,13 +31,14 @@ public:
   bool Join();
 
 protected:
+  /// What the thread does; gets the argument of `Start`.
   virtual void Run(void* argument) = 0;
 
 private:
   std::thread thread_;
 };
 
-/// A mutex and a condition in one. The mutex is not recursive.
+/// A lock that can be waited in. A thread must not take it twice.
 class QXPLATFORM_API QXCondition {
 public:
   QXCondition();
@@ -45,6 +46,7 @@ public:
   QXCondition& operator=(const QXCondition&) = delete;
   ~QXCondition();
 
+  /// Take and give back the lock; `Acquire` waits for it.
   void Acquire() { mutex_.lock(); }
   void Release() { mutex_.unlock(); }
 

@@ -1,7 +1,6 @@
 #include <qxsystem/qxb/qxbrfxn.h>
 
-#include <unordered_map>
-
+#include <qxsystem/core/base_private.h>
 #include <qxsystem/core/tagmap_private.h>
 #include <qxsystem/qxb/qxb_private.h>
 #include <qxsystem/qxb/qxbitem_private.h>
@@ -17,43 +16,11 @@ std::string_view ItemName(std::string_view name, unsigned char code, std::string
   return numbered = std::string(NumberedPrefix) + std::to_string(code);
 }
 
-// Finds the first item of a name in a list that grows while it is read. A few
-// are looked for one by one; for more there is an index, since a walk for every
-// unread value would take a time that is quadratic in the block.
-class FirstItems {
-public:
-  explicit FirstItems(const QXBase& object) : object_(object) {}
-
-  // The first item with `tag`; null if there is none, or if a functor has since
-  // moved it elsewhere.
-  QXBaseData* Find(unsigned tag) {
-    if (walks_ < MaxWalks) {
-      ++walks_;
-      const QXIter<QXBaseData> item = object_.GetDataIter(tag);
-      return item ? item.operator->() : nullptr;
-    }
-    QXIter<QXBaseData> item = object_.GetDataIter();
-    for (item += seen_; item; ++item) positions_.emplace(item->GetTag(), seen_++);
-    const auto found = positions_.find(tag);
-    if (found == positions_.end()) return nullptr;
-    item.ToFirst() += found->second;
-    return item && item->GetTag() == tag ? item.operator->() : nullptr;
-  }
-
-private:
-  static constexpr unsigned MaxWalks = 4;
-
-  const QXBase& object_;
-  unsigned walks_ = 0;
-  unsigned seen_ = 0;                                 // items that positions_ knows of
-  std::unordered_map<unsigned, unsigned> positions_;  // by tag
-};
-
 // Keeps a value that nobody can read in the object, under its name. An earlier
 // one of that name gives way; a value of another type does not, and then this
 // one stands behind it, so that nothing unread is lost.
-void KeepUnread(QXBase& object, FirstItems& firsts, unsigned tag, QXUnknownQXBData kept) {
-  QXBaseData* first = firsts.Find(tag);
+void KeepUnread(QXBase& object, unsigned tag, QXUnknownQXBData kept) {
+  QXBaseData* first = QXBaseAccess::FindData(object, tag);
   if (first && first->GetDataType() == QXGetDataType<QXUnknownQXBData>())
     static_cast<QXBaseDataT<QXUnknownQXBData>*>(first)->GetValue() = std::move(kept);
   else
@@ -75,7 +42,7 @@ bool ReadBodyName(qxisstream& in, unsigned& tag) {
 }
 
 // A value in its envelope, from its nested length on.
-unsigned ReadHandled(BlockReader& block, FirstItems& firsts, const QXBinaryIOHandlerBase& handler) {
+unsigned ReadHandled(BlockReader& block, const QXBinaryIOHandlerBase& handler) {
   unsigned long length;
   if (!ReadLength(block.in, QXBMaxLength, length)) return QXBReturn::IncorrectSize;
   const auto* bytes = reinterpret_cast<const char*>(block.in.take(length));
@@ -96,12 +63,12 @@ unsigned ReadHandled(BlockReader& block, FirstItems& firsts, const QXBinaryIOHan
   QXUnknownQXBData kept(nested, QXGetDataType<QXBase>(), length, functor.name.c_str(),
                         functor.code);
   if (!kept) return QXBReturn::IncorrectSize;  // no memory for its bytes
-  KeepUnread(block.object, firsts, tag, std::move(kept));
+  KeepUnread(block.object, tag, std::move(kept));
   return QXBReturn::Success;
 }
 
 // One item, from its tag on.
-unsigned ReadItem(BlockReader& block, FirstItems& firsts, const QXBinaryIOHandlerBase& handler) {
+unsigned ReadItem(BlockReader& block, const QXBinaryIOHandlerBase& handler) {
   unsigned char tagCode;
   if (ReadTag(block.in, block.name, tagCode) != TagRead::MoreFollows)
     return QXBReturn::ReadTagFailed;
@@ -113,14 +80,14 @@ unsigned ReadItem(BlockReader& block, FirstItems& firsts, const QXBinaryIOHandle
 
   unsigned status = QXBReturn::Success;
   if (StartsWith(block.name, EnvelopePrefix)) {
-    status = ReadHandled(block, firsts, handler);
+    status = ReadHandled(block, handler);
   } else if (typeCode == HandledCode) {
     unsigned char envelopeCode;
     if (ReadTag(block.in, block.name, envelopeCode) != TagRead::MoreFollows ||
         block.in.get() != EnvelopeType)
       status = QXBReturn::ReadTagFailed;
     else
-      status = ReadHandled(block, firsts, handler);
+      status = ReadHandled(block, handler);
   } else if (const Codec* codec = FindCodec(typeCode)) {
     status = codec->read(block);
   }
@@ -151,9 +118,8 @@ unsigned QXBReadQXBase(qxistream& in, QXBase& object, unsigned long length,
   block.in.set(reinterpret_cast<const char*>(bytes.data), bytes.size, /*copy=*/false);
   block.swapInt = QXBIntEndian(static_cast<unsigned>(block.in.get()));
   block.swapFloat = QXBFloatEndian(static_cast<unsigned>(block.in.get()));
-  FirstItems firsts(object);
   unsigned status = QXBReturn::Success;
-  while (status == QXBReturn::Success && !block.in.eof()) status = ReadItem(block, firsts, handler);
+  while (status == QXBReturn::Success && !block.in.eof()) status = ReadItem(block, handler);
   return status;
 }
 

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <forward_list>
 
+#include <qxsystem/core/base_private.h>
 #include <qxsystem/core/error.h>
 #include <qxsystem/core/tagmap_private.h>
 #include <qxsystem/platform/compress.h>
@@ -203,7 +204,7 @@ bool CheckRecord(const std::string& tag, std::size_t size) {
 
 bool QXBWriteQXBase(qxostream& out, const QXBase& object, const std::string& tag,
                     const QXBinaryIOHandlerBase& handler) {
-  const std::vector<QXBaseData*>* items = object.Items();
+  const std::vector<QXBaseData*>* items = QXBaseAccess::Items(object);
   if (!items) return true;
   BlockWriter block(handler);
   for (const QXBaseData* item : *items)

@@ -44,8 +44,9 @@ bool QXBinaryWrite(qxostream& out, const T& object, const QXBinaryIOHandlerBase&
 ///
 /// False, with nothing written, when an item bears the name of a code that
 /// cannot be stored ("UnknownQXB200"), when `tag` has 1024 bytes or more, when
-/// the block would be too long to be read again or is nested deeper than
-/// QXMaxNesting; false too when the target refuses bytes.
+/// the block would be too long to be read again or holds a value that lies
+/// deeper than QXMaxNesting; false too when the target refuses bytes. Where that
+/// befalls the block of a value inside, its functor fails, and it is left out.
 ///
 /// An array item without elements is stored, but ends the reading of its block
 /// with IncorrectSize, unless it is of bool; a vector without elements has no

@@ -1,6 +1,6 @@
-// Stable merge sort with the interface of `qsort`. Runs hop between the array
-// and a scratch array of the same size, so that none is ever copied back merely
-// to restore its place.
+// A stable merge sort that is called as `qsort` is. Sorted runs change places
+// between the array and a scratch array of its size: above the four elements
+// where it begins, none is moved only to be back where it was.
 #pragma once
 
 #include <algorithm>
@@ -16,8 +16,8 @@ namespace QXSystem {
 /// first comes before, together with or behind the second.
 using HanoiFunction = int (*)(const void*, const void*);
 
-/// Sorts `count` elements of `size` bytes in place, ascending by `compare`;
-/// equal elements keep their order. Needs no alignment of `base`.
+/// Puts `count` elements, each of `size` bytes, into ascending order; equal ones
+/// keep theirs. `base` may stand at any address.
 ///
 /// `compare` gets addresses of elements in `base` or in the scratch array, which
 /// comes from the stack when it is small, else from the heap. It may throw: the

@@ -18,6 +18,7 @@ public:
   /// `n` groups of one.
   explicit QXUnionFind(unsigned n);
 
+  /// Copies are deep; memory is made anew only for another number of items.
   QXUnionFind(const QXUnionFind& other);
   QXUnionFind& operator=(const QXUnionFind& other);
   ~QXUnionFind();
@@ -40,16 +41,19 @@ public:
   /// The root of `i`'s group; for `i` out of range an Error and -1.
   int FindID(int i) { return InRange(i) ? Root(i) : ReportRange(i); }
 
+  /// Whether both are in one group; false when either is out of range.
   bool Related(int a, int b);
 
   /// The size of `i`'s group; 0 out of range.
   int Count(int i);
 
+  /// Whether `i` is alone in its group.
   bool IsSingleton(int i) const;
 
   /// Whether `i` is the root of its group.
   bool IsID(int i) const;
 
+  /// The number of groups, those of one item only if asked for.
   unsigned NumGroups(bool includeSingletons) const;
 
   /// The groups of two and more, G of them, for the caller, who frees them with

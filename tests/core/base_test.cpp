@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <qxsystem/core/errortest.h>
@@ -203,6 +206,66 @@ TEST(QXBase, TakesFromItsOwnValues) {
   nested.SetBaseData(QXIter<QXBaseData>(nested.GetDataIter("child")).operator->());
   EXPECT_EQ(Items(nested), "first0 child child ");
   EXPECT_EQ(Items(own(nested)), expected);
+}
+
+TEST(QXBase, FindsTheFirstItemInListsOfAnyLength) {
+  QXContainer object;
+  std::vector<std::pair<unsigned, int>> model;
+  const auto tag = [](int i) { return QXGetTag("long" + std::to_string(i)); };
+  const auto check = [&](const QXContainer& list) {
+    for (int i = 0; i < 110; ++i) {
+      const auto first = std::find_if(model.begin(), model.end(),
+                                      [&](const auto& item) { return item.first == tag(i); });
+      ASSERT_EQ(list.HasData(tag(i)), first != model.end()) << i;
+      ASSERT_EQ(list.GetData<int>(tag(i)), first != model.end() ? first->second : 0) << i;
+    }
+  };
+  for (int i = 0; i < 200; ++i) {
+    object.AddData<int>(tag(i % 100), i + 1);
+    model.emplace_back(tag(i % 100), i + 1);
+    if (i % 7 == 0) check(object);
+  }
+  for (int i : {0, 3, 9, 64, 99}) {
+    EXPECT_TRUE(object.DeleteData(tag(i)));
+    model.erase(std::remove_if(model.begin(), model.end(),
+                               [&](const auto& item) { return item.first == tag(i); }),
+                model.end());
+    check(object);
+  }
+  QXContainer copy(object), assigned;
+  assigned = object;
+  for (QXContainer* list : {&copy, &assigned}) {
+    check(*list);
+    list->AddData<int>(tag(105), 7);
+    EXPECT_EQ(list->GetData<int>(tag(105)), 7);
+  }
+  object.Clear();
+  object.AddData<int>(tag(1), 5);
+  EXPECT_EQ(object.GetData<int>(tag(1)), 5);
+  EXPECT_FALSE(object.HasData(tag(2)));
+}
+
+// Counts its living copies; the third copy of one cannot be made.
+struct Fragile {
+  static inline int alive = 0, copies = 0;
+  Fragile() { ++alive; }
+  Fragile(Fragile&&) noexcept { ++alive; }
+  Fragile(const Fragile&) {
+    if (++copies == 3) throw std::bad_alloc();
+    ++alive;
+  }
+  Fragile& operator=(const Fragile&) = default;
+  ~Fragile() { --alive; }
+};
+
+TEST(QXBase, LosesNothingWhenACopyCannotBeMade) {
+  QXContainer source, target = Ints("t", {1});
+  for (int i = 0; i < 4; ++i) source.AddData<Fragile>("f", Fragile());
+  EXPECT_THROW(QXContainer copy(source), std::bad_alloc);
+  Fragile::copies = 0;
+  EXPECT_THROW(target = source, std::bad_alloc);
+  EXPECT_EQ(Fragile::alive, 4);
+  EXPECT_EQ(Items(target), "t1 ");
 }
 
 TEST(QXBase, KnowsItsClassAndBases) {

@@ -14,5 +14,16 @@ TEST(QXSystemVersion, IsRegisteredAtLoad) {
   EXPECT_EQ(QXSystemVersion().release, "3.3.0.1");
 }
 
+// Programs and stored headers rest on these; they are the same in every build.
+TEST(QXSystemVersion, HasItsConstants) {
+  EXPECT_EQ(QXSystemGetVersion(), 20220607);
+  EXPECT_EQ(std::string(QXSystemGetArch()), "linux-x64");
+  EXPECT_EQ(std::string(QXSystemGetPlatform()), "linux-g++7.x-x64");
+  EXPECT_EQ(std::string(QXSystemGetNonDebugRelease()), "3.3.0.1");
+  EXPECT_EQ(std::string(QXSystemGetRelease()), "3.3.0.1");
+  EXPECT_EQ(std::string(QXSystemGetDebugRelease()), "3.3.0.1 debug");
+  EXPECT_EQ(std::string(QXSystemGetConfigureArgs()), "RELEASE");
+}
+
 }  // namespace
 }  // namespace QXSystem

@@ -67,47 +67,51 @@ std::string Describe(const QXBase& object);
 // A letter for the type of number, "[]" behind it for vectors, "*" for arrays;
 // then the value's bytes as they stand in memory.
 template <class T>
-std::string DescribeAs(const T& value, std::size_t size) {
-  if constexpr (std::is_same_v<T, QXContainer>) {
-    return "{" + Describe(value) + "}";
-  } else if constexpr (std::is_same_v<T, QXUnknownQXBData>) {
-    const std::string bytes(value.GetData().begin(), value.GetData().end());
-    return "(" + value.GetTag() + "," + std::to_string(value.GetCode()) + "," + ToHex(bytes) + ")";
-  } else if constexpr (std::is_same_v<T, std::string>) {
-    return "'" + value + "'";
-  } else if constexpr (std::is_same_v<T, std::vector<bool>>) {
-    return "b[]:" + ToHex(std::string(value.begin(), value.end()));
-  } else if constexpr (std::is_pointer_v<T>) {
-    return typeid(*value).name() + ("*:" + ToHex(value, size * sizeof *value));
-  } else if constexpr (std::is_arithmetic_v<T>) {
-    return typeid(T).name() + (":" + ToHex(&value, sizeof value));
-  } else {
-    return typeid(*value.data()).name() +
-           ("[]:" + ToHex(value.data(), value.size() * sizeof *value.data()));
-  }
+std::string DescribeAs(const T& number, std::size_t) {
+  return typeid(T).name() + (":" + ToHex(&number, sizeof number));
+}
+template <class T>
+std::string DescribeAs(T* const& array, std::size_t size) {
+  return typeid(T).name() + ("*:" + ToHex(array, size * sizeof(T)));
+}
+template <class T>
+std::string DescribeAs(const std::vector<T>& values, std::size_t) {
+  return typeid(T).name() + ("[]:" + ToHex(values.data(), values.size() * sizeof(T)));
+}
+inline std::string DescribeAs(const std::vector<bool>& bits, std::size_t) {
+  return "b[]:" + ToHex(std::string(bits.begin(), bits.end()));
+}
+inline std::string DescribeAs(const std::string& text, std::size_t) {
+  return "'" + text + "'";
+}
+inline std::string DescribeAs(const QXContainer& object, std::size_t) {
+  return "{" + Describe(object) + "}";
+}
+inline std::string DescribeAs(const QXUnknownQXBData& kept, std::size_t) {
+  const std::string bytes(kept.GetData().begin(), kept.GetData().end());
+  return "(" + kept.GetTag() + "," + std::to_string(kept.GetCode()) + "," + ToHex(bytes) + ")";
 }
 
-template <class... T>
-std::string DescribeAsOneOf(const QXBaseData& item) {
+template <class... Number>
+std::string DescribeOneOf(const QXBaseData& item) {
   std::string text = "?";
-  const auto describe = [&](const auto& typed) {
-    text = DescribeAs(typed.GetValue(), item.GetSize());
+  const auto tryAs = [&](auto* type) {
+    using T = std::remove_pointer_t<decltype(type)>;
+    if (item.GetDataType() == QXGetDataType<T>())
+      text = DescribeAs(static_cast<const QXBaseDataT<T>&>(item).GetValue(), item.GetSize());
   };
-  ((item.GetDataType() == QXGetDataType<T>() ? describe(static_cast<const QXBaseDataT<T>&>(item))
-                                             : void()),
-   ...);
+  (tryAs(static_cast<Number*>(nullptr)), ...);
+  (tryAs(static_cast<Number**>(nullptr)), ...);
+  (tryAs(static_cast<std::vector<Number>*>(nullptr)), ...);
+  tryAs(static_cast<std::string*>(nullptr));
+  tryAs(static_cast<QXContainer*>(nullptr));
+  tryAs(static_cast<QXUnknownQXBData*>(nullptr));
   return text;
 }
 
-template <class... E>
-std::string DescribeNumbers(const QXBaseData& item) {
-  return DescribeAsOneOf<bool, int, float, double, std::string, QXContainer, QXUnknownQXBData,
-                         std::vector<bool>, std::vector<E>..., bool*, E*...>(item);
-}
-
 inline std::string DescribeValue(const QXBaseData& item) {
-  return DescribeNumbers<char, unsigned char, short, unsigned short, int, unsigned, float, double,
-                         QXHalfFloat>(item);
+  return DescribeOneOf<bool, char, unsigned char, short, unsigned short, int, unsigned, float,
+                       double, QXHalfFloat>(item);
 }
 
 // Names, types and values of all items, in order, each with a blank behind it.
@@ -132,10 +136,8 @@ std::shared_ptr<QXBaseData> Value(T value) {
 }
 
 template <class T>
-std::shared_ptr<QXBaseData> Array(const std::vector<T>& values) {
-  std::unique_ptr<T[]> copy(new T[values.size()]);
-  std::copy(values.begin(), values.end(), copy.get());
-  return std::make_shared<QXBaseDataTPtr<T*>>(QXGetTag("v"), std::move(copy),
+std::shared_ptr<QXBaseData> Array(std::initializer_list<T> values) {
+  return std::make_shared<QXBaseDataTPtr<T*>>(QXGetTag("v"), values.begin(),
                                               static_cast<unsigned>(values.size()));
 }
 
