@@ -2,10 +2,10 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 
 #include <tests/qxb/support.h>
+
+#include "require.h"
 
 using namespace qxbtest;
 
@@ -15,11 +15,3 @@ inline const bool quiet = [] {
   QXThrow.SetStrict(false);
   return true;
 }();
-
-// Stops the fuzzer at an input that breaks a promise.
-#define REQUIRE(promise)                                                       \
-  do {                                                                         \
-    if (promise) break;                                                        \
-    std::fprintf(stderr, "%s:%d: not so: %s\n", __FILE__, __LINE__, #promise); \
-    std::abort();                                                              \
-  } while (false)
