@@ -3,13 +3,12 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
-#include <sstream>
 
 #include <gtest/gtest.h>
 
-#include <qxsystem/core/errortest.h>
 #include <qxsystem/interface/files.h>
 #include <qxsystem/interface/interface.h>
 #include <qxsystem/interface/parameter_concrete.h>
@@ -19,13 +18,10 @@
 #include "platform/temp_dir.h"
 
 using namespace QXSystem;
-using namespace std::string_literals;
 using QXPlatform::qxosstream;
 using QXPlatform::qxout;
 
 namespace {
-
-using Texts = std::vector<std::string>;
 
 // argc and argv of a program.
 class Arguments {
@@ -43,17 +39,16 @@ private:
   std::vector<char*> argv_;
 };
 
-// "-l 1 2" as it would be split by a shell without quotes.
-Texts Split(const std::string& line) {
-  std::istringstream in(line);
-  return {std::istream_iterator<std::string>(in), {}};
-}
-
 bool Parse(QXInterface& interface, const Texts& words, const char* requirements = nullptr) {
   Arguments a(words);
   return QXParseCommandLine(interface, a.argc(), a.argv(),
                             reinterpret_cast<const unsigned char*>(requirements),
                             QXErrorLevel::Warning, /*checkHelp=*/false);
+}
+
+bool ParseLW(QXInterface& interface, const Texts& words) {
+  Arguments a(words);
+  return QXParseCommandLineLW(interface, a.argc(), a.argv(), nullptr, QXErrorLevel::Warning);
 }
 
 // The values of all parameters that have some: "-n=3 -l=1;2".
@@ -68,137 +63,108 @@ std::string Values(const QXInterface& interface) {
   return all;
 }
 
-constexpr char Text[] = R"(!PARAMETER -in
-  !TYPE string
-  !KEYLESS 1
-  !ALIAS -i
-!END
-!PARAMETER -n
-  !TYPE int
-  !KEYLESS 2
-  !DEFAULT 5
-!END
-!PARAMETER -out
-  !TYPE string
-  !KEYLESS 3
-!END
-!PARAMETER -flag
-  !TYPE bool
-!END
-!PARAMETER -l
-  !TYPE int
-  !LIST true
-  !ILLEGAL_VALUE 13
-!END
-!PARAMETER -s
-  !TYPE string
-  !LIST true
-!END
-!PARAMETER -m
-  !TYPE const
-  !LEGAL_VALUE 1
-  !LEGAL_VALUE fast
-  !LEGAL_RANGE 4 5
-  !ILLEGAL_VALUE 7
-  !ILLEGAL_RANGE 8 9
-!END
-!PARAMETER -bl
-  !TYPE bool
-  !LIST true
-!END
-!PARAMETER -file
-  !TYPE file
-!END
-!PARAMETER -param
-  !TYPE param_file
-  !LIST true
-!END
-)";
-
-TEST(QXParseCommandLine, AssignsKeysThenArgumentsWithoutKey) {
-  const struct {
-    const char* words;
-    const char* values;
-  } cases[] = {{"", ""},
-               {"-IN x -N 3", "-in=x -n=3"},
-               {"-i x", "-in=x"},
-               {"-in -n -n 4", "-in=-n -n=4"},  // the next argument is the value
-               {"-flag", "-flag=true"},
-               {"-flag -n 3", "-n=3 -flag=true"},
-               {"-flag 0 x", "-in=x -flag=0"},
-               {"-flag No", "-flag=No"},
-               {"-flag other", "-in=other -flag=true"},
-               {"-l 1 2 3 -flag", "-flag=true -l=1;2;3"},
-               {"-l 1 2 x", "-in=x -l=1;2"},
-               {"-l 1,2 3,4", "-in=3,4 -l=1;2"},  // only behind the key
-               {"-l 1 -l 2,+3 4", "-l=2;3;4"},    // a comma list replaces
-               {"-l 1 -l 2 -l 3", "-l=1;2;3"},
-               {"-s a,b -x --version --unset-n c -n 3", "-n=3 -s=a,b;-x;--version;--unset-n;c"},
-               {"-bl t 0 -bl 1,0", "-in=1,0 -bl=t;0;true"},
-               {"-m FAST", "-m=FAST"},
-               {"x 3 y", "-in=x -n=3 -out=y"},
-               {"-n 3 x y", "-in=x -n=3 -out=y"},
-               {"-n 7 --unset-N x --unset", "-in=x -out=--unset"},
-               {"--unset-i -in x", ""},
-               {"--unsetn", "-in=--unsetn"}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.words);
-    const QXPushQXThrowHasNoMessages silent;
-    QXInterface itf(Text);
-    EXPECT_TRUE(Parse(itf, Split(c.words)));
-    EXPECT_EQ(Values(itf), c.values);
+// Parses each line of a table and compares the messages, and what is set then.
+template <class Parser>
+void ExpectSessions(const std::string& text, const char* table, const Parser& parse) {
+  for (const auto& [words, answer] : Sessions(table)) {
+    SCOPED_TRACE(words);
+    const Messages messages;
+    QXInterface itf(text.c_str());
+    const bool good = parse(itf, Split(words));
+    const std::string told = messages.At(QXErrorLevel::Warning);
+    EXPECT_EQ(told + Values(itf) + "\n", answer);
+    EXPECT_EQ(good, told.empty());
   }
 }
 
+const std::string Text = Describe(R"(-in string; KEYLESS 1; ALIAS -i
+-n int; KEYLESS 2; DEFAULT 5
+-out string; KEYLESS 3
+-flag bool
+-l int; LIST true; ILLEGAL_VALUE 13
+-s string; LIST true
+-m const; LEGAL_VALUE 1; LEGAL_VALUE fast; LEGAL_RANGE 4 5; ILLEGAL_VALUE 7; ILLEGAL_RANGE 8 9
+-bl bool; LIST true
+-file file
+-param param_file; LIST true
+)");
+
+TEST(QXParseCommandLine, AssignsKeysThenArgumentsWithoutKey) {
+  ExpectSessions(Text, R"($ ->
+$ -IN x -N 3 -> -in=x -n=3
+$ -i x -> -in=x
+$ -in -n -n 4 -> -in=-n -n=4
+$ -flag -> -flag=true
+$ -flag -n 3 -> -n=3 -flag=true
+$ -flag 0 x -> -in=x -flag=0
+$ -flag No -> -flag=No
+$ -flag other -> -in=other -flag=true
+$ -l 1 2 3 -flag -> -flag=true -l=1;2;3
+$ -l 1 2 x -> -in=x -l=1;2
+$ -l 1,2 3,4 -> -in=3,4 -l=1;2
+$ -l 1 -l 2,+3 4 -> -l=2;3;4
+$ -l 1 -l 2 -l 3 -> -l=1;2;3
+$ -s a,b -x --version --unset-n c -n 3 -> -n=3 -s=a,b;-x;--version;--unset-n;c
+$ -bl t 0 -bl 1,0 -> -in=1,0 -bl=t;0;true
+$ -m FAST -> -m=FAST
+$ x 3 y -> -in=x -n=3 -out=y
+$ -n 3 x y -> -in=x -n=3 -out=y
+$ -n 7 --unset-N x --unset -> -in=x -out=--unset
+$ --unset-i -in x ->
+$ --unsetn -> -in=--unsetn
+)",
+                 [](QXInterface& itf, const Texts& words) { return Parse(itf, words); });
+}
+
 TEST(QXParseCommandLine, StopsAtTheFirstKindOfFault) {
-  const struct {
-    const char* words;
-    const char* messages;
-    const char* values;
-  } cases[] = {
-      {"a b -n 3", "Unknown parameter, a, on command line\nUnknown parameter, b, on command line\n",
-       ""},
-      {"-n 3 -N 4", "-N is specified twice on the command line\n", "-n=3"},
-      {"-flag -in", "Parameter -in on the command line is not followed by a value\n", "-flag=true"},
-      {"-L 13",
-       "13 is not a legal setting for parameter -L (specified on command line)\n"
-       "  Illegal value : 13\n",
-       ""},
-      {"-l 1,13",
-       "1,13 is not a legal setting for parameter -l (specified on command line)\n"
-       "  Illegal value : 13\n",
-       ""},
-      {"-m 8",
-       "8 is not a legal setting for parameter -m (specified on command line)\n"
-       "  Legal value : fast\n  Legal Range : 4 to 5\n  Illegal value : 7\n"
-       "  Illegal Range : 8 to 9\n",
-       ""},
-      {"-file no/file", "Problem loading parameter -file with setting no/file\n", ""},
-      {"-param x y", "Problem loading parameter -param with setting xy\n", ""},
-      {"a 1 c d e",
-       "Unknown argument d on command line (too many arguments to be keyless)\n"
-       "Unknown argument e on command line (too many arguments to be keyless)\n",
-       ""},
-      {"-n 1 a b c",
-       "Unknown argument c on command line.  There are too many arguments to be keyless (one or "
-       "more keyless parameters are explicitly specified)\n",
-       "-in=a -n=1 -out=b"},
-      {"a b",
-       "b is not a legal setting for the keyless parameter -n specified on the command line\n",
-       "-in=a"}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.words);
-    QXPushSimpleQXThrowTester reports;
-    QXInterface itf(Text);
-    EXPECT_FALSE(Parse(itf, Split(c.words)));
-    EXPECT_EQ(reports.GetErrorLog(), "level = 4\n"s + c.messages);
-    EXPECT_EQ(Values(itf), c.values);
-  }
-  QXPushSimpleQXThrowTester reports;
-  QXInterface itf("!PARAMETER -n\n!TYPE int\n!END");
+  ExpectSessions(Text, R"($ a b -n 3
+Unknown parameter, a, on command line
+Unknown parameter, b, on command line
+
+$ -n 3 -N 4
+-N is specified twice on the command line
+-n=3
+$ -flag -in
+Parameter -in on the command line is not followed by a value
+-flag=true
+$ -L 13
+13 is not a legal setting for parameter -L (specified on command line)
+  Illegal value : 13
+
+$ -l 1,13
+1,13 is not a legal setting for parameter -l (specified on command line)
+  Illegal value : 13
+
+$ -m 8
+8 is not a legal setting for parameter -m (specified on command line)
+  Legal value : fast
+  Legal Range : 4 to 5
+  Illegal value : 7
+  Illegal Range : 8 to 9
+
+$ -file no/file
+Problem loading parameter -file with setting no/file
+
+$ -param x y
+Problem loading parameter -param with setting xy
+
+$ a 1 c d e
+Unknown argument d on command line (too many arguments to be keyless)
+Unknown argument e on command line (too many arguments to be keyless)
+
+$ -n 1 a b c
+Unknown argument c on command line.  There are too many arguments to be keyless (one or more keyless parameters are explicitly specified)
+-in=a -n=1 -out=b
+$ a b
+b is not a legal setting for the keyless parameter -n specified on the command line
+-in=a
+)",
+                 [](QXInterface& itf, const Texts& words) { return Parse(itf, words); });
+  const Messages messages;
+  QXInterface itf(Describe("-n int").c_str());
   EXPECT_FALSE(Parse(itf, {"a", ""}));  // the empty argument is the key of nothing
-  EXPECT_EQ(reports.GetErrorLog(),
-            "level = 4\nUnknown argument on command line a\nUnknown argument on command line \n");
+  EXPECT_EQ(messages.At(QXErrorLevel::Warning),
+            "Unknown argument on command line a\nUnknown argument on command line \n");
 }
 
 TEST(QXParseCommandLine, GivesTheRestToAKeylessList) {
@@ -207,15 +173,13 @@ TEST(QXParseCommandLine, GivesTheRestToAKeylessList) {
       "!PARAMETER -a\n!TYPE int\n!KEYLESS 1\n!END\n"
       "!PARAMETER -l\n!TYPE file\n!LIST true\n!KEYLESS 2\n!END");
   const std::string file = dir.Write("file", "x"), none = dir.Path("none");
-  {
-    QXInterface good(itf);
-    EXPECT_TRUE(Parse(good, {"-l", file, "-a", "1", file, file}));
-    EXPECT_EQ(Values(good), "-a=1 -l=" + file + ";" + file + ";" + file);
-  }
-  QXPushSimpleQXThrowTester reports;
+  QXInterface good(itf);
+  EXPECT_TRUE(Parse(good, {"-l", file, "-a", "1", file, file}));
+  EXPECT_EQ(Values(good), "-a=1 -l=" + file + ";" + file + ";" + file);
+  const Messages messages;
   EXPECT_FALSE(Parse(itf, {"1", file, none, file}));
-  EXPECT_EQ(reports.GetErrorLog(),
-            "level = 4\nProblem loading keyless parameter -l with setting " + none + "\n");
+  EXPECT_EQ(messages.At(QXErrorLevel::Warning),
+            "Problem loading keyless parameter -l with setting " + none + "\n");
 }
 
 // Counts how often a text is made a value.
@@ -234,74 +198,66 @@ TEST(QXParseCommandLine, ConvertsAListInLinearTime) {
   QXParameter& list = *itf.AddParameter(Counting("-l"));
   list.SetIsList(true);
   list.SetKeyless(1);
-  const Texts words(1000, "word");
-  EXPECT_TRUE(Parse(itf, words));
+  EXPECT_TRUE(Parse(itf, Texts(1000, "word")));
   list.ClearValues();
-  qxosstream lines;
-  lines << "-l";
-  for (const std::string& word : words) lines << " " << word;
-  QXPlatform::qxisstream in(lines.str());
+  std::string line = "-l";
+  for (int i = 0; i < 1000; ++i) line += " word";
+  QXPlatform::qxisstream in(line);
   EXPECT_TRUE(QXParseParameterFile(itf, in, false, QXErrorLevel::Warning));
   EXPECT_EQ(All(list.GetStringValues()).size(), 1000u);
   EXPECT_LT(Counting::count, 10000u);
 }
 
-TEST(QXParseCommandLine, ReadsParameterFilesLast) {
+TEST(QXParseCommandLine, ReadsParameterFilesThenUnsetsThenJudges) {
   const TempDir dir;
   const std::string one = dir.Write("1", "-n 3\n-in one\n-param nowhere\n-out file\n");
   const std::string two = dir.Write("2", "-in two\n-flag on\n-l 1 2\n-s a\n");
-  QXInterface itf(Text);
-  EXPECT_TRUE(Parse(itf, {"-param", one, two, "-l", "7", "--unset-n", "--unset-s"}));
+  constexpr char requirement[] = "!REQUIREMENT\n!OPTION !-s\n!ERROR_MSG\nNo -s\n!END\n";
+  QXInterface itf(Text.c_str());
+  EXPECT_TRUE(Parse(itf, {"-param", one, two, "-l", "7", "--unset-n", "--unset-s"}, requirement));
   EXPECT_EQ(Values(itf), "-in=one -out=file -flag=on -l=7 -param=" + one + ";" + two);
   int n = 0;
   EXPECT_TRUE(QXGetSetting(itf, "-n", n) && n == 5);  // the default shows through
 
-  QXPushSimpleQXThrowTester reports;
-  QXInterface bad(Text);
+  Messages messages;
+  QXInterface other(Text.c_str()), bad(Text.c_str());
+  EXPECT_FALSE(Parse(other, {"-param", two}, requirement));
   EXPECT_FALSE(Parse(bad, {"-param", dir.Write("3", "-x 1\n-in x\n")}));
-  EXPECT_EQ(reports.GetErrorLog(),
-            "level = 4\nUnknown parameter -x in parameter file (begin comment lines with #)\n"
+  EXPECT_EQ(messages.At(QXErrorLevel::Warning),
+            "Missing requirements:\nNo -s\n\n"
+            "Unknown parameter -x in parameter file (begin comment lines with #)\n"
             "Problem parsing parameter file\n");
   EXPECT_EQ(bad.GetParameter("-in")->GetStringValue(), "x");
 }
 
-TEST(QXParseCommandLine, JudgesRequirementsLast) {
-  constexpr char requirement[] = "!REQUIREMENT\n!OPTION -out\n!ERROR_MSG\nNo out\n!END\n";
-  QXInterface itf(Text);
-  EXPECT_TRUE(Parse(itf, {"-out", "x"}, requirement));
-  QXPushSimpleQXThrowTester reports;
-  EXPECT_FALSE(Parse(itf, {"--unset-out"}, requirement));
-  EXPECT_EQ(reports.GetErrorLog(), "level = 4\nMissing requirements:\nNo out\n\n");
-}
-
 TEST(QXParseCommandLine, WantsKeylessParametersToCountFromOne) {
-  const struct {
-    const char* numbers;  // of -a -b -c, "l" for a list
-    const char* messages;
-  } cases[] = {
-      {"0 0 0", ""},
-      {"3 1 2", ""},
-      {"3l 1 2", ""},
-      {"2 3 0", "Missing keyless parameter 1, have keyless parameter 2 (-a)\n"},
-      {"1 3 0", "Missing keyless parameter 2, have keyless parameter 1 (-a) and 3 (-b)\n"},
-      {"1 1 2", "Missing keyless parameter 2, have keyless parameter 1 (-a) and 1 (-b)\n"},
-      {"1l 2 0l",
-       "If a keyless parameter is also a list type parameter it must be the last keyless entry.\n"
-       "Parameter -a is violating this rule (-b is after it)\n"}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.numbers);
+  // The numbers of -a, -b and -c, with an "l" for a list.
+  for (const auto& [numbers, answer] : Sessions(R"($ 0 0 0
+$ 3 1 2
+$ 3l 1 2
+$ 2 3 0
+Missing keyless parameter 1, have keyless parameter 2 (-a)
+$ 1 3 0
+Missing keyless parameter 2, have keyless parameter 1 (-a) and 3 (-b)
+$ 1 1 2
+Missing keyless parameter 2, have keyless parameter 1 (-a) and 1 (-b)
+$ 1l 2 0l
+If a keyless parameter is also a list type parameter it must be the last keyless entry.
+Parameter -a is violating this rule (-b is after it)
+)")) {
+    SCOPED_TRACE(numbers);
     QXInterface itf;
-    char name = 'a';
-    for (const std::string& number : Split(c.numbers)) {
-      QXStringParameter p("-"s + name++);
+    std::string name = "-a";
+    for (const std::string& number : Split(numbers)) {
+      QXStringParameter p(name);
       p.SetKeyless(static_cast<unsigned>(number[0] - '0'));
       p.SetIsList(number.size() > 1);
       itf.AddParameter(p);
+      ++name.back();
     }
-    QXPushSimpleQXThrowTester reports;
-    QXThrow.SetStrict(false);
-    EXPECT_EQ(Parse(itf, {}), !*c.messages);
-    EXPECT_EQ(reports.GetErrorLog(), *c.messages ? "level = 5\n"s + c.messages : "");
+    const Messages messages;
+    EXPECT_EQ(Parse(itf, {}), answer.empty());
+    EXPECT_EQ(messages.At(QXErrorLevel::Error), answer);
   }
 }
 
@@ -313,43 +269,40 @@ void Construct(const std::string& text, const Texts& words) {
 }
 
 TEST(QXInterfaceWithArguments, EndsTheProcessAsItMust) {
-  const std::string text = Text + "!PARAMETER -r\n!TYPE int\n!REQUIRED true\n!BRIEF Needed\n!END"s;
-  EXPECT_EXIT(Construct(text, {}), testing::ExitedWithCode(0),
+  const std::string text = Text + Describe("-r int; REQUIRED true; BRIEF Needed");
+  const testing::ExitedWithCode zero(0), one(1), seven(7);
+  EXPECT_EXIT(Construct(text, {}), zero,
               "^No arguments specified on the command line\nRequired parameters:\n"
               "    -r : Needed \nFor more help type:\n  prog --help\n$");
-  EXPECT_EXIT(Construct(text, {"--help"}), testing::ExitedWithCode(0),
+  EXPECT_EXIT(Construct(text, {"--help"}), zero,
               "^Simple parameter list\nAdditional help functions:\n");
-  EXPECT_EXIT(Construct(text, {"-n", "x"}), testing::ExitedWithCode(1),
-              "^Fatal: x is not a legal setting for parameter -n");
-  EXPECT_EXIT(Construct(text, {"x"}), testing::ExitedWithCode(1),
-              "^Fatal: Missing required parameter -r\n$");
-  EXPECT_EXIT((QXThrow.SetStrict(false), Construct(text, {"x"})), testing::ExitedWithCode(1),
+  EXPECT_EXIT(Construct(text, {"-n", "x"}), one, "^Fatal: x is not a legal setting for");
+  EXPECT_EXIT(Construct(text, {"x"}), one, "^Fatal: Missing required parameter -r\n$");
+  EXPECT_EXIT((QXThrow.SetStrict(false), Construct(text, {"x"})), one,
               "^Warning: Missing required parameter -r\n$");
-  EXPECT_EXIT((Construct(text, {"-r", "1"}), std::exit(7)), testing::ExitedWithCode(7), "^$");
-  EXPECT_EXIT((Construct("!X", {"-r", "1"}), std::exit(7)), testing::ExitedWithCode(1),
-              "^Fatal: Probable invalid keyword");
+  EXPECT_EXIT((Construct(text, {"-r", "1"}), std::exit(7)), seven, "^$");
+  EXPECT_EXIT(Construct("!X", {"-r", "1"}), one, "^Fatal: Probable invalid keyword");
 }
 
-// Runs in a child whose standard output is its standard error.
+// For a child process, whose standard output becomes its standard error.
 void ParseVersion(const char* version, const Texts& words, bool light) {
   ::dup2(2, 1);
   Arguments a(words);
-  QXInterface itf(light ? "" : Text);
+  QXInterface itf(light ? "" : Text.c_str());
+  const unsigned level = QXErrorLevel::Warning;
   const bool good =
-      light ? QXParseCommandLineLW(itf, version, a.argc(), a.argv(), nullptr, QXErrorLevel::Warning)
-            : QXParseCommandLine(itf, version, a.argc(), a.argv(), nullptr, QXErrorLevel::Warning,
-                                 false);
+      light ? QXParseCommandLineLW(itf, version, a.argc(), a.argv(), nullptr, level)
+            : QXParseCommandLine(itf, version, a.argc(), a.argv(), nullptr, level, false);
   std::exit(good ? 7 : 8);
 }
 
 TEST(QXParseCommandLine, PrintsTheVersionWhereItIsReached) {
-  const auto zero = testing::ExitedWithCode(0);
+  const testing::ExitedWithCode zero(0), seven(7), eight(8);
   EXPECT_EXIT(ParseVersion("1.2", {"-n", "3", "--version", "-z"}, false), zero, "^1\\.2\n$");
   EXPECT_EXIT(ParseVersion(nullptr, {"x", "--version"}, false), zero, "^version not set\n$");
   EXPECT_EXIT(ParseVersion("1.2", {"--version"}, true), zero, "^1\\.2\n$");
-  EXPECT_EXIT(ParseVersion("1.2", {"-n", "x", "--version"}, false), testing::ExitedWithCode(8), "");
-  EXPECT_EXIT(ParseVersion("1.2", {"-s", "--version"}, false), testing::ExitedWithCode(7), "^$");
-  EXPECT_EXIT(ParseVersion("1.2", {"--Version"}, false), testing::ExitedWithCode(7), "^$");
+  EXPECT_EXIT(ParseVersion("1.2", {"-n", "x", "--version"}, false), eight, "");
+  EXPECT_EXIT(ParseVersion("1.2", {"--Version"}, false), seven, "^$");
 }
 
 // ---- Help ----
@@ -360,9 +313,9 @@ struct Answer {
   std::string output;  // what went to standard output
 };
 
-Answer Ask(const std::string& words, bool exitOnEmpty = true, const std::string& program = "prog",
-           const char* text = Text) {
-  const QXInterface itf(text);
+Answer Ask(const std::string& words, const std::string& program = "prog",
+           const std::string& text = Text, bool exitOnEmpty = true) {
+  const QXInterface itf(text.c_str());
   Arguments a(Split(words), program);
   qxosstream out;
   testing::internal::CaptureStdout();
@@ -373,200 +326,185 @@ Answer Ask(const std::string& words, bool exitOnEmpty = true, const std::string&
 
 TEST(QXCheckHelp, AnswersByTheShapeOfTheCommandLine) {
   ::unsetenv("COLUMNS");
-  const struct {
-    const char* words;
-    bool handled;
-    const char* out;     // its beginning
-    const char* output;  // its beginning
-  } cases[] = {{"", false, "", ""},
-               {"-n 3", false, "", ""},
-               {"-n --help", false, "", ""},
-               {"--Help", false, "", ""},
-               {"--help", true,
-                "Simple parameter list\nAdditional help functions:\n  prog --help simple  ", ""},
-               {"--help simple", true, "Simple parameter list\n", ""},
-               {"--help all", true, "Complete parameter list\n    -bl\n    -file\n", ""},
-               {"--help all 120", true, "Complete parameter list\n", ""},
-               {"--help all 120 x", false, "", ""},
-               {"--help hidden", true, "Power user parameter list\n", ""},
-               {"--help poweruser", true, "Power user parameter list\n", ""},
-               {"--help defaults", true, "#Default settings\n#-bl : (no default setting)\n", ""},
-               {"--help versions", true, "qxtoolkit QXSystem ", ""},
-               {"--help -FLAG", true, "Contents of parameter -flag  \n    Type : bool\n", ""},
-               {"--help flag x", true, "Contents of parameter -flag  \n", ""},
-               {"--help i", true, "Contents of parameter -in  \n    Aliases :   -i\n", ""},
-               {"--help nothing", true, "Unable to find help for 'nothing'\n", ""},
-               {"--itf", true, "", "#BeginInterface#\n!PARAMETER -bl 0\n"},
-               {"--itf x", false, "", ""},
-               {"--json", true, "", "{\n\"name\" : \"\",\n"},
-               {"--json x", false, "", ""},
-               {"--latex n", true, "", "\\item[\\code{-n}]"},
-               {"--latex -i", true, "", "\\item[\\code{-in}]"},
-               {"--latex N", true, "", ""},
-               {"--latex", false, "", ""}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.words);
-    const Answer answer = Ask(c.words);
-    EXPECT_EQ(answer.handled, c.handled);
-    EXPECT_EQ(answer.out.substr(0, std::strlen(c.out)), c.out);
-    EXPECT_EQ(answer.output.substr(0, std::strlen(c.output)), c.output);
-    EXPECT_EQ(answer.out.empty(), !*c.out);
-    EXPECT_EQ(answer.output.empty(), !*c.output);
+  // The beginning of what is printed, behind "o " to the stream, behind "s " to
+  // standard output; nothing where the line asks for nothing.
+  for (const auto& [words, answer] : Sessions(R"($
+$ -n 3
+$ -n --help
+$ --Help
+$ --help
+o Simple parameter list
+Additional help functions:
+  prog --help simple      : Get a list of simple parameters (as seen above)
+  prog --help all         : Get a complete list of parameters
+$ --help simple
+o Simple parameter list
+$ --help all
+o Complete parameter list
+    -bl
+    -file
+$ --help all 120
+o Complete parameter list
+$ --help all 120 x
+$ --help hidden
+o Power user parameter list
+$ --help poweruser
+o Power user parameter list
+$ --help defaults
+o #Default settings
+#-bl : (no default setting)
+$ --help -FLAG
+o Contents of parameter -flag  
+    Type : bool
+$ --help flag x
+o Contents of parameter -flag  
+$ --help i
+o Contents of parameter -in  
+    Aliases :   -i
+$ --help nothing
+o Unable to find help for 'nothing'
+$ --itf
+s #BeginInterface#
+!PARAMETER -bl 0
+$ --itf x
+$ --json
+s {
+"name" : "",
+$ --json x
+$ --latex n
+s \item[\code{-n}] 
+$ --latex -i
+s \item[\code{-in}] 
+$ --latex N
+s
+$ --latex
+)")) {
+    SCOPED_TRACE(words);
+    const Answer got = Ask(words);
+    EXPECT_EQ(got.handled, !answer.empty());
+    EXPECT_TRUE(got.out.empty() || answer[0] == 'o');
+    EXPECT_TRUE(got.output.empty() || answer[0] == 's');
+    const std::string head = answer.empty() ? "" : answer.substr(2);
+    EXPECT_EQ((got.out + got.output).substr(0, head.size()), head);
   }
-  EXPECT_NE(Ask("--itf").output.find("!END\n#EndInterface#\n"), std::string::npos);
-  EXPECT_NE(Ask("--help").out.find("\n  prog --help versions    : List the toolkits and versions "
-                                   "used in the application\n"),
-            std::string::npos);
+  EXPECT_EQ(Ask("--help versions").out.find("qxtoolkit QXSystem "), 0u);
+  const std::string itf = Ask("--itf").output, end = "!END\n#EndInterface#\n";
+  EXPECT_EQ(itf.substr(itf.size() - end.size()), end);
 }
 
 TEST(QXCheckHelp, AnswersNoArgumentsWhereSomethingIsRequired) {
-  constexpr char text[] = R"(!BRIEF Does it
-!CATEGORY c
-!PARAMETER -r
-  !TYPE int
-  !REQUIRED true
-  !DEFAULT 1
-!END)";
-  EXPECT_EQ(Ask("", true, "prog", text).out,
+  const std::string text =
+      Describe("!BRIEF Does it\n!CATEGORY c\n-r int; REQUIRED true; DEFAULT 1\n!END");
+  EXPECT_EQ(Ask("", "prog", text).out,
             "No arguments specified on the command line\nprog : Does it \nRequired parameters:\n"
             "    -r\nFor more help type:\n  prog --help\n");
-  EXPECT_FALSE(Ask("", false, "prog", text).handled);
+  EXPECT_FALSE(Ask("", "prog", text, false).handled);
   qxosstream out;
   EXPECT_FALSE(QXCheckHelp(QXInterface(), 0, nullptr, true, out));
 }
 
 TEST(QXCheckHelp, TakesItsWidthFromTheArgumentsOrTheEnvironment) {
-  constexpr char text[] = "!PARAMETER -x\n!TYPE int\n!BRIEF a b c d e f g h\n!END";
-  const auto lines = [&](const std::string& words) {
-    const std::string out = Ask(words, true, "prog", text).out;
-    return std::count(out.begin(), out.end(), '\n') - 2;  // title and empty line
-  };
-  ::unsetenv("COLUMNS");
-  EXPECT_EQ(lines("--help all"), 1);
-  EXPECT_EQ(lines("--help all 14"), 3);
-  ::setenv("COLUMNS", "12", 1);
-  EXPECT_EQ(lines("--help all"), 4);
-  EXPECT_EQ(lines("--help all 14"), 3);
-  EXPECT_EQ(lines("--help all x"), 4);
-  EXPECT_EQ(lines("--help all 0"), 9);
-  ::setenv("COLUMNS", "wide", 1);
-  EXPECT_EQ(lines("--help all -1"), 1);
+  const struct {
+    const char* columns;  // null: not set
+    const char* words;
+    int lines;
+  } cases[] = {{nullptr, "--help all", 1},  {nullptr, "--help all 14", 3},
+               {"12", "--help all", 4},     {"12", "--help all 14", 3},
+               {"12", "--help all x", 4},   {"12", "--help all 0", 9},
+               {"wide", "--help all -1", 1}};
+  for (const auto& c : cases) {
+    c.columns ? ::setenv("COLUMNS", c.columns, 1) : ::unsetenv("COLUMNS");
+    const std::string out = Ask(c.words, "prog", Describe("-x int; BRIEF a b c d e f g h")).out;
+    EXPECT_EQ(std::count(out.begin(), out.end(), '\n') - 2, c.lines) << c.words;
+  }
   ::unsetenv("COLUMNS");
 }
 
 TEST(QXCheckHelp, CreatesAPageBesideTheProgram) {
   const TempDir dir;
   const std::string program = dir.Path("prog"), page = program + "_help.html";
-  EXPECT_EQ(Ask("--help html", true, program).out, "Creating '" + page + "'\n");
-  std::ifstream file(page);
+  EXPECT_EQ(Ask("--help html", program).out, "Creating '" + page + "'\n");
   std::string line;
-  std::getline(file, line);
-  EXPECT_EQ(line, "<html>");
+  std::ifstream file(page);
+  EXPECT_TRUE(std::getline(file, line) && line == "<html>");
   const std::string nowhere = dir.Path("none/prog");
-  EXPECT_EQ(Ask("--help html", true, nowhere).out,
-            "Unable to create file '" + nowhere + "_help.html'\n");
+  EXPECT_EQ(Ask("--help html", nowhere).out, "Unable to create file '" + nowhere + "_help.html'\n");
 }
 
 // ---- Switches of one letter ----
 
-constexpr char Switches[] = R"(!PARAMETER -a
-  !TYPE bool
-  !DEFAULT false
-  !ALIAS -x
-!END
-!PARAMETER -b
-  !TYPE bool
-  !DEFAULT false
-!END
-!PARAMETER -n
-  !TYPE int
-  !KEYLESS 1
-  !ILLEGAL_VALUE 3
-!END
-!PARAMETER -l
-  !TYPE int
-  !KEYLESS 2
-  !LIST true
-  !DEFAULT 0
-!END
-)";
-
-bool ParseLW(QXInterface& interface, const Texts& words) {
-  Arguments a(words);
-  return QXParseCommandLineLW(interface, a.argc(), a.argv(), nullptr, QXErrorLevel::Info);
-}
+const std::string Switches = Describe(R"(-a bool; DEFAULT false; ALIAS -x
+-b bool; DEFAULT false
+-n int; KEYLESS 1; ILLEGAL_VALUE 3
+-l int; KEYLESS 2; LIST true; DEFAULT 0
+)");
 
 TEST(QXParseCommandLineLW, TakesGroupsOfSwitchesThenArguments) {
-  const struct {
-    const char* words;
-    const char* values;
-    const char* messages;
-  } cases[] = {
-      {"", "", ""},
-      {"-a", "-a=true", ""},
-      {"-bXa -B 1 2 3", "-a=true -b=true -n=1 -l=2;3", ""},
-      {"1 -4", "-n=1 -l=-4", ""},  // no switch any more
-      {"- -a", "-a=true", " - is not a valid command line arg\n"},
-      {"-az -z --", "-a=true",
-       "Unknow switch -z (specified as part of group -az)\nUnknow switch -z\nUnknow switch --\n"},
-      {"-n -an 5", "-a=true -n=5",
-       "-n is a keyless parameter, do not specify it with a key\n"
-       "-n is a keyless parameter, do not specify it with a key\n"},
-      {"3 4", "-l=4", "Invalid command line argument 3\n"},
-      {"1 x 2 y 3", "-n=1 -l=2;3",
-       "Invalid command line argument x\nInvalid command line argument y\n"}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.words);
-    QXPushSimpleQXThrowTester reports;
-    QXInterface itf(Switches);
-    EXPECT_EQ(ParseLW(itf, Split(c.words)), !*c.messages);
-    EXPECT_EQ(reports.GetErrorLog(), *c.messages ? "level = 3\n"s + c.messages : "");
-    EXPECT_EQ(Values(itf), c.values);
-  }
-  QXPushSimpleQXThrowTester reports;
-  QXInterface itf(Switches);
-  itf.GetParameter("-l")->SetIsList(false);
+  ExpectSessions(Switches, R"($
+
+$ -a
+-a=true
+$ -bXa -B 1 2 3
+-a=true -b=true -n=1 -l=2;3
+$ 1 -4
+-n=1 -l=-4
+$ - -a
+ - is not a valid command line arg
+-a=true
+$ -az -z --
+Unknow switch -z (specified as part of group -az)
+Unknow switch -z
+Unknow switch --
+-a=true
+$ -n -an 5
+-n is a keyless parameter, do not specify it with a key
+-n is a keyless parameter, do not specify it with a key
+-a=true -n=5
+$ 3 4
+Invalid command line argument 3
+-l=4
+$ 1 x 2 y 3
+Invalid command line argument x
+Invalid command line argument y
+-n=1 -l=2;3
+)",
+                 ParseLW);
+  const Messages messages;
+  QXInterface itf(Switches.c_str());
+  QXParameter& l = *itf.GetParameter("-l");
+  l.SetIsList(false);
   EXPECT_FALSE(ParseLW(itf, {"1", "2", "3"}));
-  itf.GetParameter("-l")->SetRequired(true);
-  itf.GetParameter("-l")->ClearDefaults();
-  itf.GetParameter("-l")->ClearValues();
+  EXPECT_TRUE(l.SetRequired(true) && l.ClearDefaults() && l.ClearValues());
   EXPECT_FALSE(ParseLW(itf, {"-a"}));
-  EXPECT_EQ(reports.GetErrorLog(),
-            "level = 3\nToo many arguments on the command line\nMissing required parameter -l\n");
+  EXPECT_EQ(messages.At(QXErrorLevel::Warning),
+            "Too many arguments on the command line\nMissing required parameter -l\n");
 }
 
 TEST(QXParseCommandLineLW, WantsSwitchesThatAreFalse) {
-  const struct {
-    const char* lines;
-    bool good;
-    const char* messages;
-  } cases[] = {
-      {"!TYPE param_file\n!KEYLESS 1\n", true, " : does not support parameter files (-p)\n"},
-      {"!TYPE string\n", false,
-       " : \n All non-keyless parameter keys must be booleans (-p is not)\n"},
-      {"!TYPE bool\n", false,
-       " : bool parameters must have a default value of false (-p does not have a default "
-       "value)\n"},
-      {"!TYPE bool\n!DEFAULT t\n", false,
-       " : bool parameters must have a default value of false (-p does has a default value of "
-       "true)\n"},
-      {"!TYPE bool\n!DEFAULT f\n!ALIAS -pp\n", false,
-       " : \n non-keyless bool parameters must have a - followed by a single character as a key "
-       "(an alias of -p, -pp, does not)\n"}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.lines);
-    QXPushSimpleQXThrowTester reports;
-    QXThrow.SetStrict(false);
-    QXInterface itf(("!PARAMETER -p\n"s + c.lines + "!END\n").c_str());
-    EXPECT_EQ(ParseLW(itf, {}), c.good);
-    EXPECT_EQ(reports.GetErrorLog(), "level = 5\nParseCommandLineLW"s + c.messages);
+  // The lines of a parameter, with "/" for a line end.
+  for (const auto& [lines, answer] : Sessions(R"($ -p/!TYPE param_file/!KEYLESS 1
+ParseCommandLineLW : does not support parameter files (-p)
+$ -p/!TYPE string
+ParseCommandLineLW : 
+ All non-keyless parameter keys must be booleans (-p is not)
+$ -p/!TYPE bool
+ParseCommandLineLW : bool parameters must have a default value of false (-p does not have a default value)
+$ -p/!TYPE bool/!DEFAULT t
+ParseCommandLineLW : bool parameters must have a default value of false (-p does has a default value of true)
+$ -p/!TYPE bool/!DEFAULT f/!ALIAS -pp
+ParseCommandLineLW : 
+ non-keyless bool parameters must have a - followed by a single character as a key (an alias of -p, -pp, does not)
+$ -long/!TYPE bool/!DEFAULT f
+ParseCommandLineLW : 
+ non-keyless bool parameters must have a - followed by a single character as a key (-long does not)
+)")) {
+    std::string text = "!PARAMETER " + lines + "/!END";
+    std::replace(text.begin(), text.end(), '/', '\n');
+    QXInterface itf(text.c_str());
+    const Messages messages;
+    EXPECT_EQ(ParseLW(itf, {}), answer.find("support") != answer.npos);  // which is only told
+    EXPECT_EQ(messages.At(QXErrorLevel::Error), answer);
   }
-  QXPushSimpleQXThrowTester reports;
-  QXThrow.SetStrict(false);
-  QXInterface itf("!PARAMETER -long\n!TYPE bool\n!DEFAULT f\n!END");
-  EXPECT_FALSE(ParseLW(itf, {"-long"}));  // taken as four switches all the same
-  EXPECT_EQ(reports.NumMessagesAtLevel(QXErrorLevel::Error), 1u);
-  EXPECT_EQ(reports.NumMessagesAtLevel(QXErrorLevel::Info), 4u);
 }
 
 }  // namespace

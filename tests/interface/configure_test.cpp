@@ -1,9 +1,9 @@
 // Configuration texts and requirement texts.
 #include <gtest/gtest.h>
 
-#include <qxsystem/core/errortest.h>
 #include <qxsystem/interface/interface.h>
 #include <qxsystem/interface/parameter_concrete.h>
+#include <qxsystem/platform/istream.h>
 #include <qxsystem/platform/ostream.h>
 
 #include "interface/support.h"
@@ -14,17 +14,10 @@ using namespace std::string_literals;
 
 namespace {
 
-using Texts = std::vector<std::string>;
-
 std::string Written(const QXInterface& interface) {
   QXPlatform::qxosstream out;
   EXPECT_TRUE(QXWriteInterfaceConfigurationFile(interface, out));
   return out.str();
-}
-
-// A parameter of the type, with more lines.
-std::string Parameter(const std::string& name, const std::string& type, const std::string& more) {
-  return "!PARAMETER " + name + "\n!TYPE " + type + "\n" + more + "!END\n";
 }
 
 constexpr char Everything[] = R"(# A comment
@@ -74,8 +67,6 @@ constexpr char Everything[] = R"(# A comment
     !VISIBILITY Hidden
   !END
 !END
-!CATEGORY Empty
-!END
 !CATEGORY nameless x
 !CATEGORY inner 2
 !BRIEF
@@ -90,9 +81,6 @@ constexpr char EverythingWritten[] = R"(!PARAMETER -plain 0
   !OUTPUT false
   !SIMPLE false
 !END
-!CATEGORY "Empty"  0
-!END
-
 !CATEGORY "nameless"  0
 !CATEGORY "inner"  2
 !END
@@ -150,6 +138,16 @@ TEST(QXConfigure, BuildsATreeAndWritesItBack) {
   EXPECT_TRUE(QXGetSetting(again, "-mode", mode, 1) && mode == 1);
 }
 
+TEST(QXConfigure, ReadsAStreamUpToItsEnd) {
+  QXPlatform::qxisstream in("!CATEGORY a\r\n!END\r\n!END\nrest");
+  QXInterface root;
+  EXPECT_TRUE(QXConfigure(root, in));
+  EXPECT_EQ(Names(root.GetInterfaces(true)), "a");
+  std::string rest;
+  EXPECT_TRUE(in.getline(rest) && rest == "rest");
+  EXPECT_TRUE(QXConfigure(root, static_cast<const char*>(nullptr)));
+}
+
 TEST(QXConfigure, CutsTheCommonIndentationOfADetail) {
   const struct {
     const char* block;
@@ -160,7 +158,7 @@ TEST(QXConfigure, CutsTheCommonIndentationOfADetail) {
                {"  \n \n", {"  ", " "}},
                {"none\n    four\n", {"none", "    four"}}};
   for (const auto& c : cases) {
-    QXInterface root(Parameter("-x", "int", "!DETAIL\n"s + c.block + "!BRIEF x\n").c_str());
+    QXInterface root(("!PARAMETER -x\n!TYPE int\n!DETAIL\n"s + c.block + "!BRIEF x\n!END").c_str());
     EXPECT_EQ(All(root.GetParameter("-x")->GetDetail()), c.detail) << c.block;
     EXPECT_EQ(root.GetParameter("-x")->GetBrief(), "x ");
   }
@@ -168,148 +166,134 @@ TEST(QXConfigure, CutsTheCommonIndentationOfADetail) {
 
 TEST(QXConfigure, ReopensCategories) {
   QXInterface root(
-      "!CATEGORY a 5\r\n!CATEGORY b\n!END\n!END\n"
+      "!CATEGORY a 5\n!CATEGORY b\n!END\n!END\n"
       "!CATEGORY c\n!CATEGORY \"a\"\n!BRIEF of c\n!END\n!END\n"  // c has none of that name
       "!CATEGORY b 4\n!BRIEF again\n!END\n!CATEGORY a\n!BRIEF first");
-  EXPECT_EQ(Names(root.GetInterfaces(true)), "a c b a");
-  EXPECT_EQ(root.GetInterface("b")->GetBrief(), "again ");
-  EXPECT_EQ(root.GetInterface("b")->GetOrderPriority(), 4);
-  EXPECT_EQ(root.GetInterface("a")->GetBrief(), "first ");
-  EXPECT_EQ(root.GetInterface("a")->GetOrderPriority(), 0);  // not repeated
-  EXPECT_EQ(root.GetInterface("c")->GetInterface("a")->GetBrief(), "of c ");
+  std::string all;
+  for (QXIter<QXInterface> c = root.GetInterfaces(true); c; ++c)
+    all += c->GetName() + std::to_string(c->GetOrderPriority()) + " " + c->GetBrief();
+  EXPECT_EQ(all, "a0 first c0 b4 again a0 of c ");  // a priority that is not repeated goes
 }
 
 TEST(QXConfigure, TakesTheNameOfACategoryInQuotesOrNot) {
-  const struct {
-    const char* line;
-    const char* name;  // null when refused
-    int priority;
-    const char* message;
-  } cases[] = {
-      {"!CATEGORY name 3", "name", 3, ""},
-      {"!CATEGORY name 3 4", "name", 3, ""},
-      {"!CATEGORY name x", "name", 0, ""},
-      {"!CATEGORY \"My  Things\" -3 ", "My  Things", -3, ""},
-      {"!CATEGORY \"My Things\"", "My Things", 0, ""},
-      {"!CATEGORY \"a\" x", "a", 0, ""},
-      {"!CATEGORY \"a\" 1 2", nullptr, 0, "a single word does not follow the quoted category name"},
-      {"!CATEGORY \"a\" \"b\"", nullptr, 0, "Invalid number of double quotes"},
-      {"!CATEGORY \"a\"b\" 1", nullptr, 0, "Invalid number of double quotes"},
-      {"!CATEGORY \"a 1", nullptr, 0, "Invalid number of double quotes"},
-      {"!CATEGORY \"\" 3", nullptr, 0, "too many quotes"}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.line);
-    QXPushSimpleQXThrowTester reports;
-    QXThrow.SetStrict(false);
+  // The line, then name and priority or why it was refused.
+  for (const auto& [line, answer] : Sessions(R"($ !CATEGORY name 3 -> name;3
+$ !CATEGORY name 3 4 -> name;3
+$ !CATEGORY name x -> name;0
+$ !CATEGORY "My  Things" -3  -> My  Things;-3
+$ !CATEGORY " My Things" ->  My Things;0
+$ !CATEGORY "a" x -> a;0
+$ !CATEGORY "a" 1 2 -> a single word does not follow the quoted category name
+$ !CATEGORY "a" "b" -> Invalid number of double quotes
+$ !CATEGORY "a"b" 1 -> Invalid number of double quotes
+$ !CATEGORY "a 1 -> Invalid number of double quotes
+$ !CATEGORY "" 3 -> too many quotes
+)")) {
+    SCOPED_TRACE(line);
+    const Messages messages;
     QXInterface root;
-    EXPECT_EQ(QXConfigure(root, c.line), c.name != nullptr);
-    EXPECT_EQ(reports.GetErrorLog(),
-              c.name ? "" : "level = 5\nError parsing line\n"s + c.line + "\n" + c.message + "\n");
-    const QXIter<QXInterface> category = root.GetInterfaces(false);
-    ASSERT_EQ(static_cast<bool>(category), c.name != nullptr);
-    if (!category) continue;
-    EXPECT_EQ(category->GetName(), c.name);
-    EXPECT_EQ(category->GetOrderPriority(), c.priority);
+    const bool good = QXConfigure(root, line.c_str());
+    const std::string told = messages.At(QXErrorLevel::Error);
+    if (good) {
+      const QXIter<QXInterface> c = root.GetInterfaces(false);
+      EXPECT_EQ(c->GetName() + ";" + std::to_string(c->GetOrderPriority()) + "\n", answer);
+    } else {
+      EXPECT_EQ(told, "Error parsing line\n" + line + "\n" + answer);
+      EXPECT_FALSE(QXIter<QXInterface>(root.GetInterfaces(false)));
+    }
   }
 }
 
 TEST(QXConfigure, EndsAtFaultsOfStructure) {
-  const struct {
-    std::string text;
-    bool good;
-    const char* messages;
-  } cases[] = {
-      {"!CATEGORY", false,
-       "Probable invalid keyword in interface configuration file\n  line : !CATEGORY\n"},
-      {"!end\n", false,
-       "Probable invalid keyword in interface configuration file\n  line : !end\n"},
-      {"\t stray line", false,
-       "Configuring interface.  Unable to parse line\n  line : \t stray line\n"},
-      {"!PARAMETER -x\n!TYPE int\n", false,
-       "Configure.  !PARAMETER -x is unterminated (by !END)\n"},
-      {"!PARAMETER -x\n!TYPE int 3\n!END", false, "Unknown or unspecified type for parameter -x\n"},
-      {"!PARAMETER -x\n!TYPE int\n!LIST maybe\n!END", false,
-       "configuring parameter -x : !LIST must be followed by true or false\n"},
-      {"!CATEGORY a\n!X y\n!BRIEF ours\n!END\n!X z\n", true,  // the inner end closes the outer one
-       "Probable invalid keyword in interface configuration file\n  line : !X y\n"
-       "Problem configuring subcategory\n"},
-      {"\n#\n!END\nnever read", true, ""},
-      {"", true, ""}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
-    QXPushSimpleQXThrowTester reports;
-    QXThrow.SetStrict(false);
+  // The lines, with "/" for a line end.
+  for (const auto& [lines, answer] : Sessions(R"($ !CATEGORY
+Probable invalid keyword in interface configuration file
+  line : !CATEGORY
+$ !end
+Probable invalid keyword in interface configuration file
+  line : !end
+$ #/ stray line
+Configuring interface.  Unable to parse line
+  line :  stray line
+$ !PARAMETER -x/!TYPE int/
+Configure.  !PARAMETER -x is unterminated (by !END)
+$ !PARAMETER -x/!TYPE int 3/!END
+Unknown or unspecified type for parameter -x
+$ !PARAMETER -x/!TYPE int/!LIST maybe/!END
+configuring parameter -x : !LIST must be followed by true or false
+$ !CATEGORY a/!X y/!BRIEF ours/!END/!X z
+Probable invalid keyword in interface configuration file
+  line : !X y
+Problem configuring subcategory
+$ /#/!END/never read
+$
+)")) {
+    SCOPED_TRACE(lines);
+    std::string text = lines;
+    std::replace(text.begin(), text.end(), '/', '\n');
+    const Messages messages;
     QXInterface root;
-    EXPECT_EQ(QXConfigure(root, c.text.c_str()), c.good);
-    EXPECT_EQ(reports.GetErrorLog(), *c.messages ? "level = 5\n"s + c.messages : "");
+    // The end of an inner category that is at fault closes the outer one.
+    EXPECT_EQ(QXConfigure(root, text.c_str()), answer.empty() || lines.find("ours") != lines.npos);
+    EXPECT_EQ(messages.At(QXErrorLevel::Error), answer);
   }
-  QXInterface root;
-  EXPECT_TRUE(QXConfigure(root, static_cast<const char*>(nullptr)));
 }
 
 TEST(QXConfigure, KeepsAParameterWithTheLinesThatAreGood) {
   const TempDir dir;
   const std::string file = dir.Write("file", "x");
   const struct {
-    const char* type;
-    std::string lines;
+    std::string parameter;
     Texts bad;
-    std::string kept;  // as written, between the types and "!REQUIRED"
-  } cases[] = {
-      {"int", "!DEFAULT 1\n!DEFAULT x\n!DEFAULT 2\n", {"!DEFAULT x"}, "  !DEFAULT 2\n"},
-      {"int", "!DEFAULT a b\nwords\n!DEFAULT\n", {"!DEFAULT a b", "words", "!DEFAULT"}, ""},
-      {"int",
-       "!ALIAS\n!REQUIRED x\n!KEYLESS -1\n!LEGAL_RANGE 1\n!ELEMENT\n!ILLEGAL_RANGE inf 1\n",
-       {"!ALIAS", "!REQUIRED x", "!KEYLESS -1", "!LEGAL_RANGE 1", "!ELEMENT",
-        "!ILLEGAL_RANGE inf 1"},
-       ""},
-      {"bool", "!LEGAL_VALUE true\n!default 1\n", {"!LEGAL_VALUE true", "!default 1"}, ""},
-      {"const",
-       "!LIST 1\n!DEFAULT b\n!DEFAULT c\n!DEFAULT 1\n!LEGAL_VALUE 1\n!LEGAL_VALUE b\n",
-       {"!DEFAULT c"},
-       "  !DEFAULT b\n  !DEFAULT 1\n"},
-      // The text of a default stays although its file cannot be read.
-      {"file",
-       "!LIST 1\n!DEFAULT " + file + "\n!DEFAULT no/file\n!DEFAULT " + file + "\n",
-       {"!DEFAULT no/file", "!DEFAULT " + file},
-       "  !DEFAULT " + file + "\n  !DEFAULT no/file\n  !DEFAULT " + file + "\n"}};
+    std::string kept;  // of the defaults
+  } cases[] = {{"int; DEFAULT 1; DEFAULT x; DEFAULT 2", {"DEFAULT x"}, "2;"},
+               {"int; DEFAULT a b; words; DEFAULT", {"DEFAULT a b", "words", "DEFAULT"}, ""},
+               {"int; ALIAS; REQUIRED x; KEYLESS -1", {"ALIAS", "REQUIRED x", "KEYLESS -1"}, ""},
+               {"int; LEGAL_RANGE 1; ELEMENT; ILLEGAL_RANGE inf 1",
+                {"LEGAL_RANGE 1", "ELEMENT", "ILLEGAL_RANGE inf 1"},
+                ""},
+               {"bool; LEGAL_VALUE true; default 1", {"LEGAL_VALUE true", "default 1"}, ""},
+               {"const; LIST 1; DEFAULT b; DEFAULT c; DEFAULT 1; LEGAL_VALUE 1; LEGAL_VALUE b",
+                {"DEFAULT c"},
+                "b;1;"},
+               // The text of a default stays although its file cannot be read.
+               {"file; LIST 1; DEFAULT " + file + "; DEFAULT no/file; DEFAULT " + file,
+                {"DEFAULT no/file", "DEFAULT " + file},
+                file + ";no/file;" + file + ";"}};
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.lines);
-    QXPushSimpleQXThrowTester reports;
-    QXThrow.SetStrict(false);
+    SCOPED_TRACE(c.parameter);
+    const Messages messages;
     QXInterface root;
-    EXPECT_TRUE(QXConfigure(root, Parameter("-x", c.type, c.lines).c_str()));
-    std::string messages = "level = 5\n";
+    EXPECT_TRUE(QXConfigure(root, Describe("-x " + c.parameter).c_str()));
+    std::string told, kept;
     for (const std::string& line : c.bad)
-      messages +=
-          "Problem parsing interface configuration file or parameter -x\n  line : " + line + "\n";
-    EXPECT_EQ(reports.GetErrorLog(), messages);
-    std::string written = Written(root);
-    const std::size_t from = written.find('\n', written.find("!LIST")) + 1;
-    EXPECT_EQ(written.substr(from, written.find("  !REQUIRED") - from), c.kept);
+      told += "Problem parsing interface configuration file or parameter -x\n  line :   !" + line +
+              "\n";
+    EXPECT_EQ(messages.At(QXErrorLevel::Error), told);
+    for (const std::string& text : All(root.GetParameter("-x")->GetStringDefaults()))
+      kept += text + ";";
+    EXPECT_EQ(kept, c.kept);
   }
 }
 
 TEST(QXConfigure, WarnsOfADefaultThatIsNotLegalAndKeepsIt) {
-  QXPushSimpleQXThrowTester reports;
-  QXInterface root(Parameter("-x", "int", "!DEFAULT 7\n!LEGAL_RANGE 1 3\n").c_str());
-  EXPECT_EQ(reports.GetErrorLog(),
-            "level = 4\n!DEFAULT value of 7 is not a legal setting for parameter -x\n");
+  Messages messages;
+  QXInterface root(Describe("-x int; DEFAULT 7; LEGAL_RANGE 1 3").c_str());
+  EXPECT_EQ(messages.At(QXErrorLevel::Warning),
+            "!DEFAULT value of 7 is not a legal setting for parameter -x\n");
   EXPECT_TRUE(root.GetParameter("-x")->GetHasDefault());
-  QXThrow.SetStrict(false);
-  reports.Clear();
-  QXInterface other(Parameter("-x", "int", "!VISIBILITY Low\n").c_str());
-  EXPECT_EQ(reports.GetErrorLog(), "level = 5\nUnknown keyword, Low, passed to !VISIBILITY\n");
+  messages.Clear();
+  QXInterface other(Describe("-x int; VISIBILITY Low").c_str());
+  EXPECT_EQ(messages.At(QXErrorLevel::Error), "Unknown keyword, Low, passed to !VISIBILITY\n");
 }
 
 TEST(QXConfigure, RefusesEndlessNesting) {
-  QXPushSimpleQXThrowTester reports;
-  QXThrow.SetStrict(false);
+  const Messages messages;
   std::string text;
   for (int i = 0; i < 1000; ++i) text += "!CATEGORY a\n";
   QXInterface root;
   QXConfigure(root, text.c_str());
-  EXPECT_TRUE(reports.HasMessagesAtLevel(QXErrorLevel::Warning));
+  EXPECT_TRUE(messages.HasMessagesAtLevel(QXErrorLevel::Warning));
   EXPECT_EQ(All(root.GetInterfaces(true)).size(), 128u);
 }
 
@@ -338,14 +322,12 @@ bool HasRequired(const QXInterface& interface, const std::string& requirements) 
 }
 
 TEST(QXHasRequired, ReportsEveryMissingParameter) {
-  QXPushSimpleQXThrowTester reports;
-  QXInterface root((Parameter("-a", "int", "!REQUIRED true\n") +
-                    Parameter("-b", "int", "!REQUIRED true\n!DEFAULT 1\n") +
-                    Parameter("-c", "int", "!REQUIRED true\n"))
-                       .c_str());
+  const Messages messages;
+  QXInterface root(
+      Describe("-a int; REQUIRED 1\n-b int; REQUIRED 1; DEFAULT 1\n-c int; REQUIRED 1").c_str());
   EXPECT_FALSE(QXHasRequired(root, nullptr, QXErrorLevel::Info));
-  EXPECT_EQ(reports.GetErrorLog(),
-            "level = 3\nMissing required parameter -a\nMissing required parameter -c\n");
+  EXPECT_EQ(messages.At(QXErrorLevel::Info),
+            "Missing required parameter -a\nMissing required parameter -c\n");
   EXPECT_FALSE(HasRequired(root, "!REQUIREMENT\n!OPTION -b\n!END"));
   root.DeleteParameter(*root.GetParameter("-a"));
   root.DeleteParameter(*root.GetParameter("-c"));
@@ -353,49 +335,54 @@ TEST(QXHasRequired, ReportsEveryMissingParameter) {
 }
 
 TEST(QXHasRequired, WantsOneOptionOfEveryBlock) {
-  QXInterface root((Parameter("-in", "string", "!ALIAS -i\n") +
-                    Parameter("-n", "int", "!DEFAULT 5\n") + Parameter("-out", "string", ""))
-                       .c_str());
+  QXInterface root(Describe("-in string; ALIAS -i\n-n int; DEFAULT 5\n-out string").c_str());
   root.GetParameter("-in")->SetStringValue("File");
   ASSERT_TRUE(root.GetParameter("-in")->Load());
-
-  const struct {
-    const char* options;
-    bool met;
-  } cases[] = {{"!OPTION -in -n", true},  // a default counts
-               {"!OPTION -IN", true},           {"!OPTION -i !-out", true},
-               {"!OPTION -in -out", false},     {"!OPTION -out\n!OPTION -n", true},
-               {"!OPTION -n 5 -in File", true}, {"!OPTION -n  05", true},  // compared as numbers
-               {"!OPTION -in file", false},     {"!OPTION -n 6", false},
-               {"!OPTION !-n 6", true},         {"!OPTION !-n 5", false},
-               {"!OPTION and !well -in", true}, {"!OPTION", true},
-               {"words\n# words", false},       {"", false}};
-  for (const auto& c : cases) {
+  // A default counts; numbers are compared as numbers.
+  for (const auto& [options, answer] : Sessions(R"($ !OPTION -in -n -> met
+$ !OPTION -IN -> met
+$ !OPTION -i !-out -> met
+$ !OPTION -in -out -> not
+$ !OPTION -out/!OPTION -n -> met
+$ !OPTION -n 5 -in File -> met
+$ !OPTION -n  05 -> met
+$ !OPTION -in file -> not
+$ !OPTION -n 6 -> not
+$ !OPTION !-n 6 -> met
+$ !OPTION !-n 5 -> not
+$ !OPTION and !well -in -> met
+$ !OPTION -> met
+$ words/# words -> not
+$ -> not
+)")) {
+    SCOPED_TRACE(options);
     const QXPushTestHandler quiet;
-    const std::string block = "# first\n\n!REQUIREMENT of any kind\n"s + c.options;
-    EXPECT_EQ(HasRequired(root, block), c.met) << c.options;
-    EXPECT_EQ(HasRequired(root, block + "\n!END\n!REQUIREMENT\n!OPTION -n\n!END"), c.met);
+    std::string block = "# first\n\n!REQUIREMENT of any kind\n" + options;
+    std::replace(block.begin(), block.end(), '/', '\n');
+    EXPECT_EQ(HasRequired(root, block), answer == "met\n");
+    EXPECT_EQ(HasRequired(root, block + "\n!END\n!REQUIREMENT\n!OPTION -n\n!END"),
+              answer == "met\n");
   }
 }
 
 TEST(QXHasRequired, TellsWhatIsMissingOrWrong) {
-  QXInterface root(Parameter("-n", "int", "").c_str());
   const struct {
     const char* text;
-    const char* messages;
+    unsigned level;
+    const char* told;
   } cases[] = {{"!REQUIREMENT\n!ERROR_MSG x\n  Give\n\n# no\n  -n.\n!OPTION -n\n!END\nnever read",
-                "level = 4\nMissing requirements:\n  Give\n\n  -n.\n\n"},
-               {"!REQUIREMENT\n!OPTION !-n\n!END\n!OPTION -n",
-                "level = 4\nHasRequired, Problem parsing requirement\n line !OPTION -n\n"},
-               {"!REQUIREMENT\n!OPTION !-n\n!OPTION -n x\n!OPTION -n -\n!END",
-                "level = 4\nHasRequired.  Problem parsing !OPTION\n line : !OPTION -n -\n"},
-               {"!REQUIREMENT\n!OPTION !-n\n!OPTION !-m\n!END",
-                "level = 5\nHasRequired.  Unknown key -m in !OPTION\n line : !OPTION !-m\n"}};
+                4, "Missing requirements:\n  Give\n\n  -n.\n\n"},
+               {"!REQUIREMENT\n!OPTION !-n\n!END\n!OPTION -n", 4,
+                "HasRequired, Problem parsing requirement\n line !OPTION -n\n"},
+               {"!REQUIREMENT\n!OPTION !-n\n!OPTION -n x\n!OPTION -n -\n!END", 4,
+                "HasRequired.  Problem parsing !OPTION\n line : !OPTION -n -\n"},
+               {"!REQUIREMENT\n!OPTION !-n\n!OPTION !-m\n!END", 5,
+                "HasRequired.  Unknown key -m in !OPTION\n line : !OPTION !-m\n"}};
   for (const auto& c : cases) {
-    QXPushSimpleQXThrowTester reports;
-    QXThrow.SetStrict(false);
+    const QXInterface root(Describe("-n int").c_str());
+    const Messages messages;
     EXPECT_FALSE(HasRequired(root, c.text)) << c.text;
-    EXPECT_EQ(reports.GetErrorLog(), c.messages);
+    EXPECT_EQ(messages.At(c.level), c.told);
   }
 }
 

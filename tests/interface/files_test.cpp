@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 #include <rapidjson/document.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
 
 #include <qxsystem/core/errortest.h>
 #include <qxsystem/interface/interface.h>
@@ -19,51 +21,22 @@ using QXPlatform::qxosstream;
 
 namespace {
 
-using Texts = std::vector<std::string>;
-
-constexpr char Text[] = R"(!PARAMETER -n
-  !TYPE int
-  !ALIAS --number
-  !LEGAL_RANGE 1 9
-  !DEFAULT 5
-!END
-!PARAMETER -s
-  !TYPE string
-!END
-!PARAMETER -l
-  !TYPE float
-  !LIST true
-  !DEFAULT 1.50
-  !DEFAULT 2
-!END
-!PARAMETER -b
-  !TYPE bool
-!END
-!PARAMETER -h
-  !TYPE int
-  !VISIBILITY hidden
-!END
+const std::string Text = Describe(R"(-n int; ALIAS --number; LEGAL_RANGE 1 9; DEFAULT 5
+-s string
+-l float; LIST true; DEFAULT 1.50; DEFAULT 2
+-b bool
+-h int; VISIBILITY hidden
 !CATEGORY Sub
-  !BRIEF of it
-  !PARAMETER -c
-    !TYPE const
-    !LEGAL_VALUE 3
-    !LEGAL_VALUE fast
-    !DEFAULT 3
-  !END
-  !CATEGORY Deep
-    !PARAMETER -f
-      !TYPE file
-    !END
-  !END
+!BRIEF of it
+-c const; LEGAL_VALUE 3; LEGAL_VALUE fast; DEFAULT 3
+!CATEGORY Deep
+-f file
+!END
 !END
 !CATEGORY Secret
-  !PARAMETER -x
-    !TYPE int
-    !VISIBILITY hidden
-  !END
+-x int; VISIBILITY hidden
 !END
-)";
+)");
 
 bool Parse(QXInterface& interface, const std::string& lines, bool overwrite = false) {
   qxisstream in(lines);
@@ -98,7 +71,7 @@ TEST(QXParseParameterFile, ReadsOneSettingALine) {
                {"-s ''\"\"x", "-s", {"''\"\"x"}}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.line);
-    QXInterface root(Text);
+    QXInterface root(Text.c_str());
     EXPECT_TRUE(Parse(root, "# comment\n\n  # another\n" + std::string(c.line)));
     EXPECT_EQ(Values(root, c.name), c.values);
     EXPECT_TRUE(root.GetParameter(c.name)->GetHasValue());
@@ -106,64 +79,66 @@ TEST(QXParseParameterFile, ReadsOneSettingALine) {
 }
 
 TEST(QXParseParameterFile, ReportsFaultsAndReadsOn) {
-  const struct {
-    const char* line;
-    const char* message;
-    Texts values;  // of -n and -l together
-  } cases[] = {
-      {"-m 1", "Unknown parameter -m in parameter file (begin comment lines with #)", {}},
-      {"-b", "In parameter file key -b is not followed by a value", {}},
-      {"-s ''", "In parameter file key -s is not followed by a value", {}},
-      {"--number 10",
-       "10 is not a legal setting for parameter --number (specified in parameter file)\n"
-       "  Legal Range : 1 to 9",
-       {}},
-      {"-n 3 4",
-       "Problem in parameter file with key -n.  Key is followed by multiple values.",
-       {"3"}},
-      {"-n 3 x",
-       "Problem in parameter file with key -n.  Key is followed by multiple values.",
-       {"3"}},
-      {"-l 1 x 2",
-       "x is not a legal setting for parameter -l (specified in parameter file)",
-       {"1", "2"}},
-      {"-l 1,2", "1,2 is not a legal setting for parameter -l (specified in parameter file)", {}},
-      {"-f no/file",
-       "Unable to load parameter -f listed in parameter file, check that no/file is a valid "
-       "setting",
-       {}}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.line);
-    QXPushSimpleQXThrowTester reports;
-    QXInterface root(Text);
-    EXPECT_FALSE(Parse(root, std::string(c.line) + "\n-c fast\n"));
-    EXPECT_EQ(reports.GetErrorLog(), "level = 4\n" + std::string(c.message) + "\n");
-    Texts values = Values(root, "-n");
-    for (const std::string& value : Values(root, "-l")) values.push_back(value);
-    EXPECT_EQ(values, c.values);
-    EXPECT_EQ(Values(root, "-c"), Texts{"fast"});
+  // The line, the message, and the values of -n and -l then.
+  for (const auto& [line, answer] : Sessions(R"($ -m 1
+Unknown parameter -m in parameter file (begin comment lines with #)
+
+$ -b
+In parameter file key -b is not followed by a value
+
+$ -s ''
+In parameter file key -s is not followed by a value
+
+$ --number 10
+10 is not a legal setting for parameter --number (specified in parameter file)
+  Legal Range : 1 to 9
+
+$ -n 3 4
+Problem in parameter file with key -n.  Key is followed by multiple values.
+3;
+$ -n 3 x
+Problem in parameter file with key -n.  Key is followed by multiple values.
+3;
+$ -l 1 x 2
+x is not a legal setting for parameter -l (specified in parameter file)
+1;2;
+$ -l 1,2
+1,2 is not a legal setting for parameter -l (specified in parameter file)
+
+$ -f no/file
+Unable to load parameter -f listed in parameter file, check that no/file is a valid setting
+
+)")) {
+    SCOPED_TRACE(line);
+    const Messages messages;
+    QXInterface root(Text.c_str());
+    EXPECT_FALSE(Parse(root, line + "\n-c fast\n"));
+    std::string got = messages.At(QXErrorLevel::Warning);
+    for (const char* name : {"-n", "-l"})
+      for (const std::string& value : Values(root, name)) got += value + ";";
+    EXPECT_EQ(got + "\n", answer);
+    EXPECT_EQ(Values(root, "-c"), Texts{"fast"});  // reading goes on
   }
 }
 
 TEST(QXParseParameterFile, LoadsAListAsIfOneByOne) {
   const TempDir dir;
   const std::string file = dir.Write("file", "x");
-  QXInterface root(Text);
+  QXInterface root(Text.c_str());
   root.GetParameter("-f")->SetIsList(true);
-  QXPushSimpleQXThrowTester reports;
+  const Messages messages;
   EXPECT_FALSE(Parse(root, "-f " + file + " " + dir.Path("none") + " " + file));
-  const auto message = [](const std::string& name) {
-    return "Unable to load parameter -f listed in parameter file, check that " + name +
-           " is a valid setting\n";
-  };
-  // Behind a text that cannot be loaded nothing can.
-  EXPECT_EQ(reports.GetErrorLog(), "level = 4\n" + message(dir.Path("none")) + message(file));
+  std::string told;  // behind a text that cannot be loaded nothing can
+  for (const std::string& name : {dir.Path("none"), file})
+    told += "Unable to load parameter -f listed in parameter file, check that " + name +
+            " is a valid setting\n";
+  EXPECT_EQ(messages.At(QXErrorLevel::Warning), told);
   EXPECT_FALSE(root.GetParameter("-f")->GetHasValue());
 }
 
 TEST(QXParseParameterFile, LeavesOrReplacesWhatIsSet) {
   const QXPushQXThrowHasNoMessages silent;
-  QXInterface root(Text);
+  QXInterface root(Text.c_str());
   EXPECT_TRUE(Parse(root, "-n 3\n-n 4 5 x\n-l 1\n-L 2 x"));  // not even looked at
   EXPECT_EQ(Values(root, "-n"), Texts{"3"});
   EXPECT_EQ(Values(root, "-l"), Texts{"1"});
@@ -175,7 +150,7 @@ TEST(QXParseParameterFile, LeavesOrReplacesWhatIsSet) {
 TEST(QXParseParameterFile, SuggestsAKeyToThoseWhoListen) {
   QXPushSimpleQXThrowTester reports;
   QXThrow.SetLevel(QXErrorLevel::Verbose);
-  QXInterface root(Text);
+  QXInterface root(Text.c_str());
   EXPECT_FALSE(Parse(root, "--numer 3\n-quite-another 4"));
   EXPECT_EQ(reports.GetErrorLog(),
             "level = 2\nDid you mean --number instead of --numer?\n"
@@ -184,7 +159,7 @@ TEST(QXParseParameterFile, SuggestsAKeyToThoseWhoListen) {
 }
 
 TEST(QXWriteSettings, WritesValuesAndAsCommentsTheRest) {
-  QXInterface root(Text);
+  QXInterface root(Text.c_str());
   EXPECT_EQ(Settings(root, false), "#Interface settings\n");
   ASSERT_TRUE(Parse(root, "-s 'a\tb'\n-l 2.500 .1\n-h 4\n-c FAST"));
   EXPECT_EQ(Settings(root, false, "test"),
@@ -201,13 +176,13 @@ TEST(QXWriteSettings, WritesValuesAndAsCommentsTheRest) {
 
 TEST(QXWriteSettings, AreAParameterFileThatReproducesThem) {
   const TempDir dir;
-  QXInterface root(Text);
+  QXInterface root(Text.c_str());
   ASSERT_TRUE(Parse(root,
                     "-n 7\n-s \"it's  # 'so'\"\n-l -0 1e-9 1.50e+10 inf 100\n-b off\n-h 1\n"
                     "-c Fast\n-x 9\n-f " +
                         dir.Write("a file", "bytes").replace(0, 0, "'") + "'"));
   for (const bool all : {true, false}) {
-    QXInterface again(Text);
+    QXInterface again(Text.c_str());
     const QXPushQXThrowHasNoMessages silent;
     EXPECT_TRUE(Parse(again, Settings(root, all)));
     EXPECT_EQ(Settings(again, all), Settings(root, all));
@@ -223,7 +198,7 @@ TEST(QXWriteSettings, AreAParameterFileThatReproducesThem) {
 }
 
 TEST(WriteDefaultsImpl, NamesConstants) {
-  QXInterface root(Text);
+  QXInterface root(Text.c_str());
   static_cast<QXStringParameter*>(root.GetParameter("-s"))->SetDefault("a b");
   qxosstream out;
   QXTextWriter writer(out, "  ");
@@ -234,74 +209,52 @@ TEST(WriteDefaultsImpl, NamesConstants) {
             "    #Deep   \n        #-f : (no default setting)\n");
 }
 
-// The keys of an object, in order.
-std::string Keys(const rapidjson::Value& object) {
-  std::string keys;
-  for (const auto& member : object.GetObject()) keys += member.name.GetString() + std::string(" ");
-  return keys;
-}
-
-std::string ListText(const rapidjson::Value& list) {
-  std::string text = "[";
-  for (const auto& item : list.GetArray())
-    text += item.IsArray() ? ListText(item) : item.GetString() + std::string(";");
-  return text + "]";
-}
-
-TEST(QXWriteJSON, DescribesTheInterface) {
-  QXInterface root(Text);
-  root.SetBrief("a \"quoted\" \\ brief");
-  QXParameter& n = *root.GetParameter("-n");
-  n.SetKeyless(2);
-  n.SetRequired(true);
-  n.SetInput(4);
-  n.SetOrderPriority(-3);
-  n.SetElement("e");
-  n.SetCommand("c");
-  n.SetBrief("b");
-  n.AddDetail("d");
-  n.AddIllegalValue("4");
-  n.AddIllegalRange("5", "6");
-  root.GetParameter("-b")->SetVisibility(3);
+// What a strict reader makes of the document, written without white space.
+std::string Reread(const QXInterface& interface) {
   qxosstream out;
-  ASSERT_TRUE(QXWriteJSON(root, out));
-
+  EXPECT_TRUE(QXWriteJSON(interface, out));
   rapidjson::Document json;
   json.Parse(out.str().c_str());
-  ASSERT_FALSE(json.HasParseError());
-  EXPECT_EQ(Keys(json), "name order brief detail params interfaces ");
-  EXPECT_STREQ(json["brief"].GetString(), "a \"quoted\" \\ brief");
-  const auto& params = json["params"];
-  ASSERT_EQ(params.Size(), 5u);
-  for (const auto& p : params.GetArray())
-    EXPECT_EQ(Keys(p),
-              "name order type list alias default required input output visibility keyless "
-              "legal_value illegal_value legal_range illegal_range element command brief detail ");
-  const auto& p = params[0];
-  EXPECT_STREQ(p["name"].GetString(), "-n");
-  EXPECT_EQ(p["order"].GetInt(), -3);
-  EXPECT_STREQ(p["type"].GetString(), "int");
-  EXPECT_FALSE(p["list"].GetBool() || p["output"].GetBool());
-  EXPECT_TRUE(p["required"].GetBool());
-  EXPECT_EQ(p["input"].GetInt() + p["keyless"].GetInt(), 6);
-  EXPECT_STREQ(p["visibility"].GetString(), "normal");
-  EXPECT_EQ(ListText(p["alias"]) + ListText(p["default"]) + ListText(p["legal_value"]) +
-                ListText(p["illegal_value"]) + ListText(p["legal_range"]) +
-                ListText(p["illegal_range"]) + ListText(p["detail"]),
-            "[--number;][5;][][4;][[1;9;]][[5;6;]][d;]");
-  EXPECT_EQ(
-      p["element"].GetString() + std::string(p["command"].GetString()) + p["brief"].GetString(),
-      "ecb");
-  EXPECT_TRUE(params[1]["visibility"].IsNull());
-  EXPECT_EQ(ListText(params[3]["default"]), "[1.50;2;]");
+  EXPECT_FALSE(json.HasParseError()) << out.str();
+  rapidjson::StringBuffer buffer;
+  rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+  json.Accept(writer);
+  return buffer.GetString();
+}
 
-  ASSERT_EQ(json["interfaces"].Size(), 2u);
-  const auto& sub = json["interfaces"][1];
-  EXPECT_STREQ(sub["name"].GetString(), "Sub");
-  EXPECT_EQ(ListText(sub["params"][0]["default"]), "[3;]");  // the text, not the name
-  EXPECT_EQ(Keys(sub["interfaces"][0]), "name order brief detail params ");
-  EXPECT_STREQ(json["interfaces"][0]["params"][0]["visibility"].GetString(), "hidden");
-  EXPECT_NE(out.str().find("\"alias\" : [\"--number\"],\n\"default\""), std::string::npos);
+TEST(QXWriteJSON, DescribesTheInterfaceWithAllItsKeysInOrder) {
+  QXInterface root(Describe(R"(-x const; LIST 1; ALIAS -a; ALIAS -b; DEFAULT 1
+-n int; REQUIRED true; INPUT 4; OUTPUT true; SIMPLE true; KEYLESS 2; ILLEGAL_VALUE 4; LEGAL_RANGE 1 9; LEGAL_RANGE 2 3; ILLEGAL_RANGE 5 6; ELEMENT e; COMMAND c; BRIEF b; DETAIL; d
+!CATEGORY Sub -3
+!DETAIL
+one
+ two
+-h string; VISIBILITY hidden; LEGAL_VALUE x; LEGAL_VALUE y
+!END
+)")
+                       .c_str());
+  root.SetBrief("a \"quoted\" \\ brief");
+  root.GetParameter("-x")->SetVisibility(3);
+  root.GetParameter("-x")->SetOrderPriority(1);
+  const std::string rest =
+      R"("required":false,"input":0,"output":false,"visibility":"hidden","keyless":0,)"
+      R"("legal_value":["x","y"],"illegal_value":[],"legal_range":[],"illegal_range":[],)"
+      R"("element":"","command":"","brief":"","detail":[]})";
+  EXPECT_EQ(
+      Reread(root),
+      R"({"name":"","order":0,"brief":"a \"quoted\" \\ brief","detail":[],"params":[)"
+      R"({"name":"-n","order":0,"type":"int","list":false,"alias":[],"default":[],"required":true,)"
+      R"("input":4,"output":true,"visibility":"simple","keyless":2,"legal_value":[],)"
+      R"("illegal_value":["4"],"legal_range":[["1","9"],["2","3"]],"illegal_range":[["5","6"]],)"
+      R"("element":"e","command":"c","brief":"b ","detail":["!d"]},)"
+      R"({"name":"-x","order":1,"type":"const","list":true,"alias":["-a","-b"],)"
+      R"("default":["1"],"required":false,"input":0,"output":false,"visibility":null,"keyless":0,)"
+      R"("legal_value":[],"illegal_value":[],"legal_range":[],"illegal_range":[],"element":"",)"
+      R"("command":"","brief":"","detail":[]}],"interfaces":[)"
+      R"({"name":"Sub","order":-3,"brief":"","detail":["one"," two"],"params":[)"
+      R"({"name":"-h","order":0,"type":"string","list":false,"alias":[],"default":[],)" +
+          rest + "]}]}");
+  EXPECT_EQ(Reread(QXInterface(root)), Reread(root));  // copies have every field
 }
 
 }  // namespace

@@ -54,6 +54,11 @@ TEST(QXInterface, WalksInTheOrdersOfItsTwoKinds) {
 TEST(QXInterface, LooksUpByExactNameAndAlias) {
   QXInterface root;
   Fill(root);
+  int n = 7;
+  unsigned u = 7;
+  EXPECT_TRUE(root.AddParameter(QXIntParameter("n", 5)) && QXGetSetting(root, "n", n) && n == 5);
+  EXPECT_FALSE(QXGetSetting(root, "n", u) || QXGetSetting(root, "N", n) ||
+               QXGetSetting(root, "n", n, 1));
   EXPECT_EQ(root.GetParameter("xx")->GetName(), "xx");
   EXPECT_EQ(root.GetParameter("XX"), nullptr);
   root.GetParameter("xx")->AddAlias("a1");  // but "a1" itself comes first
@@ -107,34 +112,21 @@ TEST(QXInterface, MakesParametersByTheirClassId) {
     EXPECT_EQ(root.GetParameter("")->ClassID(), id);
     EXPECT_TRUE(root.DeleteParameter(*root.GetParameter("")));
   }
-  QXPushSimpleQXThrowTester reports;
+  const Messages messages;
   EXPECT_EQ(root.AddParameter("bit"), nullptr);  // made in code only
-  EXPECT_EQ(reports.GetErrorLog(),
-            "level = 4\nQXSimpleFactory.  Unknown classid bit\n"
+  EXPECT_EQ(messages.At(QXErrorLevel::Warning),
+            "QXSimpleFactory.  Unknown classid bit\n"
             "QXInterfaceImpl::AddParamter.  Unknown classid bit\n");
   QXBitParameter bit("-b", 1, "one");
   EXPECT_EQ(root.AddParameter(bit)->ClassID(), "bit");
 }
 
-TEST(QXInterface, GivesSettingsOfTheRightType) {
-  QXInterface root;
-  root.AddParameter(QXIntParameter("-n", 5));
-  int n = 0;
-  unsigned u = 7;
-  EXPECT_TRUE(QXGetSetting(root, "-n", n) && n == 5);
-  EXPECT_FALSE(QXGetSetting(root, "-n", u) || QXGetSetting(root, "-m", u));
-  EXPECT_FALSE(QXGetSetting(root, "-n", n, 1));
-  EXPECT_EQ(u, 7u);
-}
-
 TEST(QXInterface, ReportsATextAtFault) {
-  QXPushSimpleQXThrowTester reports;
-  QXThrow.SetStrict(false);
-  char program[] = "prog";
-  char* argv[] = {program, nullptr};
-  const QXInterface a("nonsense"), b(reinterpret_cast<const unsigned char*>("!X y"), 1, argv);
-  EXPECT_EQ(reports.GetErrorLog(),
-            "level = 5\nConfiguring interface.  Unable to parse line\n  line : nonsense\n"
+  const Messages messages;
+  char* argv[] = {nullptr};
+  const QXInterface a("nonsense"), b(reinterpret_cast<const unsigned char*>("!X y"), 0, argv);
+  EXPECT_EQ(messages.At(QXErrorLevel::Error),
+            "Configuring interface.  Unable to parse line\n  line : nonsense\n"
             "Problem configuring QXInterface!\n"
             "Probable invalid keyword in interface configuration file\n  line : !X y\n"
             "Problem configuring QXInterface!\n");

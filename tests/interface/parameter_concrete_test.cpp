@@ -15,8 +15,6 @@ using QXPlatform::qxisstream;
 
 namespace {
 
-using Texts = std::vector<std::string>;
-
 std::string Content(qxisstream stream) {
   std::string bytes;
   stream.read(bytes);
@@ -146,14 +144,14 @@ TEST(QXStringExtParameter, TakesAFileWhereTheTextIsNotLegal) {
   const TempDir dir;
   const std::string file = dir.Write("file", "text of\nthe file");
   const std::string empty = dir.Write("empty", "");
-  QXPushSimpleQXThrowTester reports;
+  const Messages messages;
   QXStringExtParameter p("-s");
   p.AddLegalValue("word");
   EXPECT_TRUE(p.IsLegalString("WORD") && p.IsLegalString(file));
-  EXPECT_FALSE(reports.HasMessages());
+  EXPECT_FALSE(messages.HasMessages());
   EXPECT_FALSE(p.IsLegalString(empty));
-  EXPECT_EQ(reports.GetErrorLog(),
-            "level = 4\n-s file " + empty + " does not exist or is empty.\n");
+  EXPECT_EQ(messages.At(QXErrorLevel::Warning),
+            "-s file " + empty + " does not exist or is empty.\n");
 
   EXPECT_TRUE(p.AddStringValue("WORD") && p.AddStringValue(file) && p.Load());
   EXPECT_EQ(All(p.GetValues()), (Texts{"WORD", "text of\nthe file"}));

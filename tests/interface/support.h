@@ -1,11 +1,19 @@
 // What the tests of the command-line system share.
 #pragma once
 
+#include <algorithm>
+#include <iterator>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include <gtest/gtest.h>
+
+#include <qxsystem/core/errortest.h>
 #include <qxsystem/core/iter.h>
+
+using Texts = std::vector<std::string>;
 
 /// What a cursor yields, from where it stands.
 template <class T>
@@ -22,4 +30,58 @@ std::string Names(QXSystem::QXIterBase<T>* cursor) {
   for (QXSystem::QXIter<T> item = cursor; item; ++item)
     names += (names.empty() ? "" : " ") + item->GetName();
   return names;
+}
+
+/// Catches messages, and lets errors pass.
+struct Messages : QXSystem::QXPushSimpleQXThrowTester {
+  Messages() { QXSystem::QXThrow.SetStrict(false); }
+
+  /// The messages, all of which must be at one level.
+  std::string At(unsigned level) const {
+    const std::string head = "level = " + std::to_string(level) + "\n", log = GetErrorLog();
+    EXPECT_TRUE(log.empty() || log.compare(0, head.size(), head) == 0) << log;
+    return log.substr(log.empty() ? 0 : head.size());
+  }
+};
+
+/// A table of what is done, each on a line that begins with "$ ", and what comes
+/// of it, on the lines below or behind "->" on the same line.
+inline std::vector<std::pair<std::string, std::string>> Sessions(const std::string& text) {
+  std::vector<std::pair<std::string, std::string>> sessions;
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line);) {
+    if (line.compare(0, 1, "$") != 0) {
+      sessions.back().second += line + "\n";
+      continue;
+    }
+    const std::size_t arrow = std::min(line.find(" ->"), line.size());
+    const std::size_t begin = std::min<std::size_t>(2, arrow);
+    sessions.emplace_back(line.substr(begin, arrow - begin), "");
+    if (arrow < line.size())
+      sessions.back().second = line.substr(std::min(arrow + 4, line.size())) + "\n";
+  }
+  return sessions;
+}
+
+/// A configuration text from parameters in a line each, "-key type; ALIAS -k; LIST
+/// true", in which other lines stand as they are.
+inline std::string Describe(const std::string& lines) {
+  std::string text;
+  std::istringstream in(lines);
+  for (std::string line; std::getline(in, line);) {
+    if (line.compare(0, 1, "-") != 0) {
+      text += line + "\n";
+      continue;
+    }
+    line.replace(line.find(' '), 1, "\n  !TYPE ");
+    for (std::size_t at; (at = line.find("; ")) != line.npos;) line.replace(at, 2, "\n  !");
+    text += "!PARAMETER " + line + "\n!END\n";
+  }
+  return text;
+}
+
+/// A line as it would be split by a shell without quotes.
+inline Texts Split(const std::string& line) {
+  std::istringstream in(line);
+  return {std::istream_iterator<std::string>(in), {}};
 }
