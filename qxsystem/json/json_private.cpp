@@ -12,6 +12,7 @@
 #include <rapidjson/reader.h>
 
 #include <qxsystem/core/error.h>
+#include <qxsystem/util/digits_private.h>
 #include <qxsystem/util/qxnumber.h>
 
 namespace QXSystem {
@@ -80,19 +81,28 @@ bool IsDigit(char c) {
 }
 
 // Steps over digits and appends them to `value`, modulo 2^64.
-const char* TakeDigits(const char* p, const char* end, std::uint64_t& value) {
-  // Eight at a time: the bytes are added up as pairs, the pairs as fours, and
-  // the fours as eights, each in its own part of the word.
-  for (std::uint64_t block; end - p >= 8; p += 8) {
+//
+// Eight characters at a time, without a branch on how many of them are digits,
+// which is hard to predict. The first character is the lowest byte; digits are
+// moved to the high end, where zeros in front of them do no harm, and added up
+// as pairs, as fours and as eight.
+inline const char* TakeDigits(const char* p, const char* end, std::uint64_t& value) {
+  constexpr std::uint64_t zeros = 0x3030303030303030, sixes = 0x0606060606060606,
+                          high = 0xF0F0F0F0F0F0F0F0;
+  while (end - p >= 8) {
+    std::uint64_t block;
     std::memcpy(&block, p, 8);
-    const std::uint64_t high = 0xF0F0F0F0F0F0F0F0;
-    if ((block & high) != 0x3030303030303030) break;
-    if (((block + 0x0606060606060606) & high) != 0x3030303030303030) break;
-    block -= 0x3030303030303030;
+    // The lowest byte with a bit left is no digit; those above may be wrong.
+    const std::uint64_t others = ((block ^ zeros) | ((block + sixes) ^ zeros)) & high;
+    if ((others & 0xF0) != 0) return p;
+    const int bits = others ? __builtin_ctzl(others) & ~7 : 64;
+    block = (block - zeros) << (64 - bits);
     block = (block * 10 + (block >> 8)) & 0x00FF00FF00FF00FF;
     block = (block * 100 + (block >> 16)) & 0x0000FFFF0000FFFF;
     block = (block * 10000 + (block >> 32)) & 0x00000000FFFFFFFF;
-    value = value * 100000000 + block;
+    value = value * powersOfTen[static_cast<std::size_t>(bits / 8)] + block;
+    p += bits / 8;
+    if (bits != 64) return p;
   }
   for (; IsDigit(*p); ++p) value = value * 10 + static_cast<unsigned>(*p - '0');
   return p;
@@ -111,26 +121,31 @@ constexpr auto powersOfFive = [] {
 // `digits` / 10^`decimals`, correctly rounded: the quotient by the power of five
 // to 63 or 64 bits, of which the last also tells whether a rest remains, and
 // then one rounding. The result is 0 or well within the normal doubles.
-double Decimal(std::uint64_t digits, std::size_t decimals) {
-  __extension__ using Wide = unsigned __int128;
-  if (digits == 0) return 0;
-  const std::uint64_t five = powersOfFive[decimals];
-  const int up = __builtin_clzl(digits), fiveUp = __builtin_clzl(five);
-  // Both fractions of 64 bits with the first one set; half the upper one is
-  // less than the lower, so that the quotient fits.
-  const Wide numerator = static_cast<Wide>(digits << up) << 63;
-  const std::uint64_t denominator = five << fiveUp;
-  auto quotient = static_cast<std::uint64_t>(numerator / denominator);
-  quotient |= numerator - static_cast<Wide>(quotient) * denominator != 0;
+inline double Decimal(bool negative, std::uint64_t digits, std::size_t decimals) {
+  std::uint64_t bits = 0;
+  if (digits != 0) {
+    const std::uint64_t five = powersOfFive[decimals];
+    const int up = __builtin_clzl(digits), fiveUp = __builtin_clzl(five);
+    // The highest bits of both are set. Half the one is less than the other, as
+    // the quotient of 128 by 64 bits demands.
+    const std::uint64_t numerator = digits << up, denominator = five << fiveUp;
+    std::uint64_t quotient, rest;
+    asm("divq %[by]"
+        : "=a"(quotient), "=d"(rest)
+        : "d"(numerator >> 1), "a"(numerator << 63), [by] "r"(denominator)
+        : "cc");
+    quotient |= rest != 0;
 
-  const int spare = __builtin_clzl(quotient);
-  quotient <<= spare;
-  std::uint64_t bits = quotient >> 11;
-  const std::uint64_t cut = quotient & 0x7FF, half = 0x400;
-  bits += cut > half || (cut == half && bits % 2 == 1);
-  // Rounding up to 2^53 carries into the exponent, as it should.
-  const int exponent = 11 - 63 - up + fiveUp - static_cast<int>(decimals) - spare;
-  bits += static_cast<std::uint64_t>(exponent + 1074) << 52;
+    const int spare = __builtin_clzl(quotient);
+    quotient <<= spare;
+    bits = quotient >> 11;
+    const std::uint64_t cut = quotient & 0x7FF, half = 0x400;
+    bits += cut > half || (cut == half && bits % 2 == 1);
+    // Rounding up to 2^53 carries into the exponent, as it should.
+    const int exponent = 11 - 63 - up + fiveUp - static_cast<int>(decimals) - spare;
+    bits += static_cast<std::uint64_t>(exponent + 1074) << 52;
+  }
+  bits |= std::uint64_t{negative} << 63;
   double result;
   std::memcpy(&result, &bits, sizeof result);
   return result;
@@ -219,8 +234,7 @@ ParseErrorCode ReadNumber(const char*& p, Builder& builder) {
   }
   double value;
   if (exact && !hasExponent && decimals < powersOfFive.size()) {
-    value = Decimal(digits, decimals);
-    if (negative) value = -value;
+    value = Decimal(negative, digits, decimals);
   } else if (std::from_chars(begin, p, value).ec != std::errc()) {
     QXStringToNumber(std::string(begin, p), value);  // out of range, up or down
   }

@@ -31,6 +31,11 @@ QXJSONHandlerBase* QXJSONHandlerRegistry::GetByType(const std::string& jsonType)
   return QXHasTag(jsonType) ? Find(byName_, QXGetTag(jsonType)) : nullptr;
 }
 
+// A literal would be taken for an identity without this one.
+QXJSONHandlerBase* QXJSONHandlerRegistry::GetByType(const char* jsonType) const {
+  return GetByType(std::string(jsonType));
+}
+
 QXJSONHandlerBase* QXJSONHandlerRegistry::GetByType(const void* dataType) const {
   return Find(byType_, dataType);
 }
@@ -50,6 +55,10 @@ bool QXRegisterJSONHandler(QXJSONHandlerBase* handler) {
 }
 
 QXJSONHandlerBase* QXGetJSONHandlerByType(const std::string& jsonType) {
+  return QXGetJSONHandlerRegistry().GetByType(jsonType);
+}
+
+QXJSONHandlerBase* QXGetJSONHandlerByType(const char* jsonType) {
   return QXGetJSONHandlerRegistry().GetByType(jsonType);
 }
 
