@@ -36,8 +36,7 @@ bool IsMixed(const QXBase& object) {
         IsMixed(static_cast<QXBaseDataT<QXContainer>&>(*item).GetValue()))
       return true;
     if (item->Holds<std::vector<QXContainer>>())
-      for (const auto& c :
-           static_cast<QXBaseDataT<std::vector<QXContainer>>&>(*item).GetValue())
+      for (const auto& c : static_cast<QXBaseDataT<std::vector<QXContainer>>&>(*item).GetValue())
         if (IsMixed(c)) return true;
   }
   return false;
@@ -57,11 +56,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   rapidjson::Document document;
   if (!JSONParseHelper(document, text)) return 0;
   for (auto& member : document.GetObject()) {
-    const char* key = member.name.GetString();
-    REQUIRE(member.name.GetStringLength() > 0 || key != nullptr);
-    GetJSONIntAttr(document, key, /*required=*/true);
-    GetJSONStringAttr(document, key, /*required=*/true);
-    GetJSONDoubleAttr(document, key, /*required=*/true);
+    const auto holds = [&](auto reader) {
+      const auto attribute = reader(document, member.name.GetString(), /*required=*/true);
+      REQUIRE(attribute.found != attribute.failed);
+      return attribute.found;
+    };
+    const bool number = holds(GetJSONDoubleAttr);
+    REQUIRE(number || (!holds(GetJSONIntAttr) && !holds(GetJSONUnsignedAttr)));
+    REQUIRE(number + holds(GetJSONStringAttr) + holds(GetJSONBoolAttr) + holds(GetJSONObjectAttr) +
+                holds(GetJSONArrayAttr) <=
+            1);
   }
   return 0;
 }

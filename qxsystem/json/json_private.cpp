@@ -1,5 +1,7 @@
 #include <qxsystem/json/json_private.h>
 
+#include <emmintrin.h>
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -22,18 +24,24 @@ using rapidjson::ParseErrorCode;
 using rapidjson::SizeType;
 
 // Iterative, so that no nesting uses up the stack.
-constexpr unsigned parseFlags = rapidjson::kParseFullPrecisionFlag |
+constexpr unsigned parseFlags = rapidjson::kParseInsituFlag | rapidjson::kParseFullPrecisionFlag |
                                 rapidjson::kParseNanAndInfFlag | rapidjson::kParseIterativeFlag;
+
+// A text in memory that is parsed where it stands: strings are unescaped over
+// themselves. Behind its end is a zero byte.
+struct TextStream : rapidjson::InsituStringStream {
+  TextStream(char* text, std::size_t size)
+      : rapidjson::InsituStringStream(text), end(text + size) {}
+
+  const char* end;
+};
 
 // Hands the parser's events on to a document, as long as they do not nest too
 // deep.
 class Builder {
 public:
-  Builder(rapidjson::Document& document, const char* end, std::size_t depth)
-      : document_(document), end_(end), levels_(depth) {}
+  Builder(rapidjson::Document& document, std::size_t depth) : document_(document), levels_(depth) {}
 
-  // Where the text ends: there is a zero byte.
-  const char* End() const { return end_; }
   bool TooDeep() const { return tooDeep_; }
 
   bool Null() { return document_.Null(); }
@@ -69,7 +77,6 @@ private:
   }
 
   rapidjson::Document& document_;
-  const char* const end_;
   std::size_t levels_;  // still free
   bool tooDeep_ = false;
 };
@@ -80,32 +87,43 @@ bool IsDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
-// Steps over digits and appends them to `value`, modulo 2^64.
-//
-// Eight characters at a time, without a branch on how many of them are digits,
-// which is hard to predict. The first character is the lowest byte; digits are
-// moved to the high end, where zeros in front of them do no harm, and added up
-// as pairs, as fours and as eight.
-inline const char* TakeDigits(const char* p, const char* end, std::uint64_t& value) {
+// Steps over digits and appends them to `value`, modulo 2^64: for the few of an
+// integer.
+inline const char* TakeInteger(const char* p, std::uint64_t& value) {
+  for (; IsDigit(*p); ++p) value = value * 10 + static_cast<unsigned>(*p - '0');
+  return p;
+}
+
+// The same for the many of a fraction: eight characters at a time, of which the
+// first is the lowest byte.
+inline const char* TakeFraction(const char* p, const char* end, std::uint64_t& value) {
   constexpr std::uint64_t zeros = 0x3030303030303030, sixes = 0x0606060606060606,
                           high = 0xF0F0F0F0F0F0F0F0;
+  // The digits of a block are added up as pairs, as fours and as eight.
+  const auto sum = [](std::uint64_t digits) {
+    digits = (digits * 10 + (digits >> 8)) & 0x00FF00FF00FF00FF;
+    digits = (digits * 100 + (digits >> 16)) & 0x0000FFFF0000FFFF;
+    return (digits * 10000 + (digits >> 32)) & 0x00000000FFFFFFFF;
+  };
   while (end - p >= 8) {
     std::uint64_t block;
     std::memcpy(&block, p, 8);
     // The lowest byte with a bit left is no digit; those above may be wrong.
     const std::uint64_t others = ((block ^ zeros) | ((block + sixes) ^ zeros)) & high;
-    if ((others & 0xF0) != 0) return p;
-    const int bits = others ? __builtin_ctzl(others) & ~7 : 64;
-    block = (block - zeros) << (64 - bits);
-    block = (block * 10 + (block >> 8)) & 0x00FF00FF00FF00FF;
-    block = (block * 100 + (block >> 16)) & 0x0000FFFF0000FFFF;
-    block = (block * 10000 + (block >> 32)) & 0x00000000FFFFFFFF;
-    value = value * powersOfTen[static_cast<std::size_t>(bits / 8)] + block;
-    p += bits / 8;
-    if (bits != 64) return p;
+    block -= zeros;
+    if (others == 0) {
+      value = value * 100000000 + sum(block);
+      p += 8;
+      continue;
+    }
+    // No branch on how many digits are left, which cannot be predicted. They
+    // move up to the high end, and zeros in front of them do no harm.
+    const int bits = __builtin_ctzl(others) & ~7;
+    if (bits == 0) return p;
+    value = value * powersOfTen[static_cast<std::size_t>(bits / 8)] + sum(block << (64 - bits));
+    return p + bits / 8;
   }
-  for (; IsDigit(*p); ++p) value = value * 10 + static_cast<unsigned>(*p - '0');
-  return p;
+  return TakeInteger(p, value);
 }
 
 constexpr auto powersOfFive = [] {
@@ -194,7 +212,7 @@ bool PassInteger(std::uint64_t magnitude, bool negative, Builder& builder) {
 // RapidJSON has a function for this, but under the flag for full precision it
 // reads beyond its table of powers of ten for numbers such as 0.000...1 with
 // hundreds of zeros. This one is quicker, too.
-ParseErrorCode ReadNumber(const char*& p, Builder& builder) {
+ParseErrorCode ReadNumber(const char*& p, const char* end, Builder& builder) {
   const char* const begin = p;
   const bool negative = *p == '-';
   p += negative;
@@ -206,7 +224,7 @@ ParseErrorCode ReadNumber(const char*& p, Builder& builder) {
   if (*p == '0')
     counted = ++p;
   else
-    p = TakeDigits(p, builder.End(), digits);
+    p = TakeInteger(p, digits);
   auto count = static_cast<std::size_t>(p - counted);
   std::size_t decimals = 0;
   if (*p == '.') {
@@ -215,7 +233,7 @@ ParseErrorCode ReadNumber(const char*& p, Builder& builder) {
     if (count == 0)
       while (*p == '0') ++p;
     counted = p;
-    p = TakeDigits(p, builder.End(), digits);
+    p = TakeFraction(p, end, digits);
     count += static_cast<std::size_t>(p - counted);
     decimals = static_cast<std::size_t>(p - fraction);
   }
@@ -246,19 +264,50 @@ ParseErrorCode ReadNumber(const char*& p, Builder& builder) {
   return rapidjson::kParseErrorNone;
 }
 
+// --- strings
+
+// Of the characters at `p` that stand for themselves in a string, at least all
+// up to the last 15 in front of `end`.
+std::size_t CountPlain(const char* p, const char* end) {
+  const char* const begin = p;
+  for (; end - p >= 16; p += 16) {
+    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    const __m128i quotes = _mm_cmpeq_epi8(block, _mm_set1_epi8('"'));
+    const __m128i escapes = _mm_cmpeq_epi8(block, _mm_set1_epi8('\\'));
+    const __m128i controls = _mm_cmpeq_epi8(block, _mm_min_epu8(block, _mm_set1_epi8(0x1F)));
+    const int others = _mm_movemask_epi8(_mm_or_si128(_mm_or_si128(quotes, escapes), controls));
+    if (others != 0) return static_cast<std::size_t>(p - begin + __builtin_ctz(others));
+  }
+  return static_cast<std::size_t>(p - begin);
+}
+
 }  // namespace
 }  // namespace QXSystem
 
+// The parser's functions for numbers and for the plain parts of strings.
 namespace rapidjson {
 
 template <>
+struct StreamTraits<QXSystem::TextStream> : StreamTraits<InsituStringStream> {};
+
 template <>
-inline void Reader::ParseNumber<QXSystem::parseFlags, InsituStringStream, QXSystem::Builder>(
-    InsituStringStream& is, QXSystem::Builder& builder) {
-  const char* p = is.src_;
-  const ParseErrorCode error = QXSystem::ReadNumber(p, builder);
-  is.src_ += p - is.src_;
-  if (error != kParseErrorNone) SetParseError(error, is.Tell());
+template <>
+inline void Reader::ParseNumber<QXSystem::parseFlags, QXSystem::TextStream, QXSystem::Builder>(
+    QXSystem::TextStream& text, QXSystem::Builder& builder) {
+  const char* p = text.src_;
+  const ParseErrorCode error = QXSystem::ReadNumber(p, text.end, builder);
+  text.src_ += p - text.src_;
+  if (error != kParseErrorNone) SetParseError(error, text.Tell());
+}
+
+template <>
+template <>
+inline void Reader::ScanCopyUnescapedString<QXSystem::TextStream, QXSystem::TextStream>(
+    QXSystem::TextStream& text, QXSystem::TextStream&) {
+  const std::size_t plain = QXSystem::CountPlain(text.src_, text.end);
+  if (text.dst_ != text.src_) std::memmove(text.dst_, text.src_, plain);
+  text.src_ += plain;
+  text.dst_ += plain;
 }
 
 }  // namespace rapidjson
@@ -272,10 +321,10 @@ bool ParseInPlace(rapidjson::Document& document, char* text, std::size_t size, s
     QXThrow.Warning("JSON: text of 2 GiB or more is refused");
     return false;
   }
-  Builder builder(document, text + size, depth);
+  Builder builder(document, depth);
   rapidjson::ParseResult result;
   const auto generate = [&](rapidjson::Document&) {
-    rapidjson::InsituStringStream stream(text);
+    TextStream stream(text, size);
     result = rapidjson::Reader().Parse<parseFlags>(stream, builder);
     // The parser takes a zero byte for the end of the text.
     if (!result.IsError() && stream.Tell() != size)

@@ -1,6 +1,7 @@
 #include <qxsystem/json/jsonhandler.h>
 
 #include <cstring>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -141,6 +142,7 @@ bool JSONParseHelper(rapidjson::Document& document, const char* text) {
 bool JSONParseHelper(rapidjson::Document& document, const std::string& text) {
   // The document's memory, so that it lives as long.
   auto* copy = static_cast<char*>(document.GetAllocator().Malloc(text.size() + 1));
+  if (!copy) throw std::bad_alloc();
   std::memcpy(copy, text.c_str(), text.size() + 1);
   return ParseObjectInPlace(document, copy, text.size());
 }
