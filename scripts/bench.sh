@@ -31,7 +31,8 @@ import json, re, sys
 # A benchmark is named Job<Subject, Element>/arguments, or JobSubject.
 TEMPLATE = re.compile(r"(\w+)<((?:[^<>,]|<.*>)+)(?:, ([^<>]+))?>(.*)")
 PLAIN = re.compile(r"(Suppressed|Printed)(\w+)")
-LIBRARY = {"Tags", "QXThrow", "QXById", "QXByName", "QXB", "Pool", "Hanoi", "UnionFind"}
+LIBRARY = {"Tags", "QXThrow", "QXById", "QXByName", "QXB", "Pool", "Hanoi", "UnionFind",
+           "QXJSON", "Base85"}
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 jobs = {}
