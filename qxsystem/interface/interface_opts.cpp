@@ -67,6 +67,7 @@ unsigned QXConfigureOpts(QXOptions& options, int argc, char** argv, bool write) 
     return QXOptsStatus::Failure;
   if (write) {
     QXWriteSettings(interface, qxout, /*all=*/true, /*mode=*/"");
+    qxout.flush();
     qxerr << "\n";
   }
   return QXUpdateOpts(options, interface) ? QXOptsStatus::Done : QXOptsStatus::Failure;

@@ -71,7 +71,8 @@ QXSYSTEM_API bool QXAddLegalValues(QXParameter* parameter, const QXNamespaceInte
 
 /// Adds lines about the names to the long description of `parameter`: of flags
 /// all of them and how they are combined, then those that have a description.
-/// Neither may be null. True.
+/// Most begin with a tab, which QXWriteJSON does not escape. Neither may be null.
+/// True.
 QXSYSTEM_API bool QXAddDetails(QXParameter* parameter, const QXNamespaceInterface* names);
 
 /// Adds a parameter of the class that the factory knows by `type`, for all to

@@ -65,10 +65,10 @@ public:
   void GetDate(int& day, int& month, int& year) const;
   void GetDate(int& day, int& month, int& year, int& hour, int& minutes, int& seconds) const;
 
-  /// Copies of the earlier headers, the newest first; the caller owns the
-  /// cursor, which does not depend on this header. In the place of one that is
-  /// missing there is an empty one, but altogether there are never more than
-  /// this header has items.
+  /// Copies of the earlier headers, the one that was added last first; the
+  /// caller owns the cursor, which does not depend on this header. In the place
+  /// of one that is missing there is an empty one, but altogether there are never
+  /// more than this header has items.
   QXIterBase<QXHeader>* GetHistory() const;
 
   bool SetProgram(const std::string& program);
@@ -92,10 +92,11 @@ public:
   /// warning and nothing changed, when the clock fails.
   bool SetDate();
 
-  /// Adds `other`, which may be this very header, and in front of it what
-  /// `other.GetHistory()` gives; `other` is added without those. It keeps the
-  /// number of them, though: asked for its own history, what was added gives
-  /// empty headers.
+  /// Adds what `other.GetHistory()` gives, in that order, and then `other`, which
+  /// may be this very header, without those. Their order turns round that way:
+  /// with files A, B, C and D, each made from the one before, that of D gives C, A
+  /// and B. What is added of `other` keeps the number of its earlier headers:
+  /// asked for its own history, it gives empty ones.
   bool AddHistory(const QXHeader& other);
 
 private:
