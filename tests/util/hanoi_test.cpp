@@ -74,7 +74,7 @@ TEST(Hanoisort, SortsStablyWhateverSizeLengthOrderAndAlignment) {
     std::stable_sort(elements.begin(), elements.end(), [](const auto& a, const auto& b) {
       return static_cast<unsigned char>(a[0]) < static_cast<unsigned char>(b[0]);
     });
-    for (const std::size_t shift : {0, 1}) {
+    for (const std::size_t shift : {0u, 1u}) {
       std::string memory = std::string(shift, '#') + bytes + "#";
       hanoisort(memory.data() + shift, n, size, CompareFirstByte);
       ASSERT_EQ(memory, std::string(shift, '#') + Flat(elements) + "#") << n << '*' << size;
@@ -89,7 +89,7 @@ TEST(Hanoisort, SortsStablyWhateverSizeLengthOrderAndAlignment) {
       check(n, size, [](std::size_t i) { return i + (dice() % 16 ? 0 : dice() % 64); });
     }
   // Around 64 KiB, from where on the scratch array is on the heap, and beyond.
-  for (const std::size_t n : {16379, 16380, 16381, 60000}) check(n, 4, any);
+  for (const std::size_t n : {16379u, 16380u, 16381u, 60000u}) check(n, 4, any);
 }
 
 TEST(Hanoisort, RefusesMoreThanMemoryCanHold) {
