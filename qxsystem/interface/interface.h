@@ -131,8 +131,8 @@ private:
 };
 
 /// Adds to `interface` what a configuration text describes. False after a fault,
-/// which is reported as an Error; what was read before it stays. Categories may
-/// be nested QXMaxNesting deep.
+/// which is reported as an Error; what was read before it stays. Categories lie at
+/// most QXMaxNesting deep in one another, `interface` being the first.
 QXSYSTEM_API bool QXConfigure(QXInterface& interface, const unsigned char* text);
 QXSYSTEM_API bool QXConfigure(QXInterface& interface, const char* text);
 QXSYSTEM_API bool QXConfigure(QXInterface& interface, QXPlatform::qxistream& in);

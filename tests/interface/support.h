@@ -23,13 +23,18 @@ std::vector<std::remove_const_t<T>> All(QXSystem::QXIterBase<T>* cursor) {
   return items;
 }
 
+inline std::string Join(const Texts& texts, const std::string& between) {
+  std::string all;
+  for (const std::string& text : texts) all += (&text == texts.data() ? "" : between) + text;
+  return all;
+}
+
 /// The names of what a cursor yields.
 template <class T>
 std::string Names(QXSystem::QXIterBase<T>* cursor) {
-  std::string names;
-  for (QXSystem::QXIter<T> item = cursor; item; ++item)
-    names += (names.empty() ? "" : " ") + item->GetName();
-  return names;
+  Texts names;
+  for (QXSystem::QXIter<T> item = cursor; item; ++item) names.push_back(item->GetName());
+  return Join(names, " ");
 }
 
 /// Catches messages, and lets errors pass.
@@ -63,6 +68,31 @@ inline std::vector<std::pair<std::string, std::string>> Sessions(const std::stri
   return sessions;
 }
 
+struct Outcome {
+  bool good;
+  std::string text = "";
+};
+
+/// Goes through a table. What comes of a line are the messages, all at `level` and
+/// none if the outcome of `act(line)` is good, and its text, unless that is empty.
+template <class Act>
+void ExpectSessions(const std::string& table, unsigned level, const Act& act) {
+  for (const auto& [line, answer] : Sessions(table)) {
+    SCOPED_TRACE(line);
+    const Messages messages;
+    const Outcome outcome = act(line);
+    const std::string told = messages.At(level);
+    EXPECT_EQ(outcome.good, told.empty());
+    EXPECT_EQ(told + outcome.text + (outcome.text.empty() ? "" : "\n"), answer);
+  }
+}
+
+/// A text in which "/" stands for a line end.
+inline std::string Lines(std::string text) {
+  std::replace(text.begin(), text.end(), '/', '\n');
+  return text;
+}
+
 /// A configuration text from parameters in a line each, "-key type; ALIAS -k; LIST
 /// true", in which other lines stand as they are.
 inline std::string Describe(const std::string& lines) {
@@ -80,8 +110,10 @@ inline std::string Describe(const std::string& lines) {
   return text;
 }
 
-/// A line as it would be split by a shell without quotes.
+/// A line as a shell would split it. The one thing it quotes is the empty word, ''.
 inline Texts Split(const std::string& line) {
   std::istringstream in(line);
-  return {std::istream_iterator<std::string>(in), {}};
+  Texts words(std::istream_iterator<std::string>(in), {});
+  std::replace(words.begin(), words.end(), std::string("''"), std::string());
+  return words;
 }
