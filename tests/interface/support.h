@@ -12,6 +12,7 @@
 
 #include <qxsystem/core/errortest.h>
 #include <qxsystem/core/iter.h>
+#include <qxsystem/interface/interface.h>
 
 using Texts = std::vector<std::string>;
 
@@ -37,6 +38,18 @@ std::string Names(QXSystem::QXIterBase<T>* cursor) {
   return Join(names, " ");
 }
 
+/// The values of all parameters that have some, "-n=3 -l=1;2", with a "?" behind
+/// those that are not loaded.
+inline std::string ValuesOf(const QXSystem::QXInterface& interface) {
+  Texts all;
+  for (QXSystem::QXIter<QXSystem::QXParameter> p = interface.GetParameters(true); p; ++p) {
+    Texts values = All(p->GetStringValues());
+    for (unsigned i = 0; i < values.size(); ++i) values[i] += p->GetHasValue(i) ? "" : "?";
+    if (p->GetHasValue()) all.push_back(p->GetName() + "=" + Join(values, ";"));
+  }
+  return Join(all, " ");
+}
+
 /// Catches messages, and lets errors pass.
 struct Messages : QXSystem::QXPushSimpleQXThrowTester {
   Messages() { QXSystem::QXThrow.SetStrict(false); }
@@ -50,7 +63,8 @@ struct Messages : QXSystem::QXPushSimpleQXThrowTester {
 };
 
 /// A table of what is done, each on a line that begins with "$ ", and what comes
-/// of it, on the lines below or behind "->" on the same line.
+/// of it: on the lines below, or behind "->" on the same line, with " / " for the
+/// ends of lines.
 inline std::vector<std::pair<std::string, std::string>> Sessions(const std::string& text) {
   std::vector<std::pair<std::string, std::string>> sessions;
   std::istringstream in(text);
@@ -61,9 +75,10 @@ inline std::vector<std::pair<std::string, std::string>> Sessions(const std::stri
     }
     const std::size_t arrow = std::min(line.find(" ->"), line.size());
     const std::size_t begin = std::min<std::size_t>(2, arrow);
-    sessions.emplace_back(line.substr(begin, arrow - begin), "");
-    if (arrow < line.size())
-      sessions.back().second = line.substr(std::min(arrow + 4, line.size())) + "\n";
+    std::string answer = line.substr(std::min(arrow + 4, line.size()));
+    for (std::size_t at; (at = answer.find(" / ")) != answer.npos;) answer.replace(at, 3, "\n");
+    if (arrow < line.size()) answer += "\n";
+    sessions.emplace_back(line.substr(begin, arrow - begin), answer);
   }
   return sessions;
 }
