@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <iterator>
 #include <limits>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -113,6 +114,12 @@ const Keyword* FindKeyword(const Line& line) {
   return found == std::end(Keywords) ? nullptr : found;
 }
 
+// The same for a line that has as many words as its keyword asks for.
+const Keyword* FindFittingKeyword(const Line& line) {
+  const Keyword* keyword = FindKeyword(line);
+  return keyword && line.size >= keyword->min && line.size <= keyword->max ? keyword : nullptr;
+}
+
 using Body = std::vector<Line>;  // of a parameter: from the line behind its head to "!END"
 
 // Adds the lines from `at` up to the next keyword, without the indentation that
@@ -128,57 +135,37 @@ Body::const_iterator AddDetail(QXParameter& parameter, Body::const_iterator at,
   return stop;
 }
 
-// The defaults of a parameter, each applied where it stands. From the first that is
-// refused on they wait, in their order, for the end of the body: it may be the name of a
-// constant whose legal values follow.
-class Defaults {
-public:
-  explicit Defaults(QXParameter& parameter) : parameter_(parameter) {}
+using Lines = std::vector<const Line*>;
 
-  void Add(const Line& line) {
-    if (!waiting_.empty() || !Apply(line)) waiting_.push_back(&line);
+Lines FindDefaults(Body::const_iterator at, Body::const_iterator end) {
+  Lines lines;
+  for (; at != end; ++at) {
+    const Keyword* keyword = FindFittingKeyword(*at);
+    if (keyword && keyword->kind == Kind::Default) lines.push_back(&*at);
   }
+  return lines;
+}
 
-  // Those of a list are loaded in one go, since every load begins with the first. It must
-  // come before a change of what is legal, which some conversions depend on.
-  void Load() {
-    if (pending_) loaded_ = parameter_.LoadDefault();
-    pending_ = false;
-  }
-
-  // Tries once more what was refused, and gives the lines that have no effect.
-  std::vector<const Line*> Finish();
-
-private:
-  bool Apply(const Line& line) {
-    const std::string text = line.Word(1);
-    if (!parameter_.GetIsList())
-      return parameter_.SetStringDefault(text) && parameter_.LoadDefault();
-    if (!parameter_.AddStringDefault(text)) return false;
-    added_.push_back(&line);
-    return pending_ = true;
-  }
-
-  QXParameter& parameter_;
-  std::vector<const Line*> added_;  // to a list
-  std::vector<const Line*> waiting_;
-  bool pending_ = false;  // something was added since the last load
-  bool loaded_ = true;    // which went well
-};
-
-std::vector<const Line*> Defaults::Finish() {
-  std::vector<const Line*> bad;
-  std::copy_if(waiting_.begin(), waiting_.end(), std::back_inserter(bad),
-               [this](const Line* line) { return !Apply(*line); });
-  pending_ |= !loaded_;
-  Load();
-  if (loaded_) return bad;
+// Sets the defaults, and returns the lines that had no effect. Those of a list are
+// loaded once, since every load begins with the first.
+Lines SetDefaults(QXParameter& parameter, const Lines& lines) {
+  const bool list = parameter.GetIsList();
+  Lines taken, refused;
   Texts texts;
-  for (const Line* line : added_) texts.push_back(line->Word(1));
-  const auto good = static_cast<std::ptrdiff_t>(FindUnloadable(parameter_, texts));
-  bad.insert(bad.end(), added_.begin() + good, added_.end());
-  std::sort(bad.begin(), bad.end());  // they lie in one body
-  return bad;
+  parameter.ClearDefaults();
+  for (const Line* line : lines) {
+    const std::string text = line->Word(1);
+    const bool good = list ? parameter.AddStringDefault(text)
+                           : parameter.SetStringDefault(text) && parameter.LoadDefault();
+    (good ? taken : refused).push_back(line);
+    if (good) texts.push_back(text);
+  }
+  if (list && !parameter.LoadDefault()) {
+    const std::unique_ptr<QXParameter> probe(parameter.CreateCopy());
+    const auto good = static_cast<std::ptrdiff_t>(FindUnloadable(*probe, texts));
+    refused.insert(refused.end(), taken.begin() + good, taken.end());
+  }
+  return refused;
 }
 
 // Applies the lines of a body.
@@ -187,23 +174,23 @@ void ConfigureParameter(QXParameter& parameter, const Body& body) {
     QXThrow.Error("Problem parsing interface configuration file or parameter %s\n  line : %s",
                   parameter.GetName().c_str(), line.Raw().c_str());
   };
-  Defaults defaults(parameter);
+  Lines defaults, refused;
   for (auto line = body.begin(); line != body.end(); ++line) {
     if (line->SaysNothing()) continue;
-    const Keyword* keyword = FindKeyword(*line);
-    const bool fits = keyword && line->size >= keyword->min && line->size <= keyword->max;
-    if (!fits) {
+    const Keyword* keyword = FindFittingKeyword(*line);
+    if (!keyword || (keyword->kind == Kind::Set && !keyword->set(parameter, *line))) {
       complain(*line);
     } else if (keyword->kind == Kind::Detail) {
       line = AddDetail(parameter, line + 1, body.end()) - 1;
     } else if (keyword->kind == Kind::Default) {
-      defaults.Add(*line);
-    } else if (keyword->kind == Kind::Set) {
-      defaults.Load();
-      if (!keyword->set(parameter, *line)) complain(*line);
+      if (defaults.empty()) defaults = FindDefaults(line, body.end());
+      if (&*line == defaults.back()) refused = SetDefaults(parameter, defaults);
     }
   }
-  for (const Line* line : defaults.Finish()) complain(*line);
+  // The names of constants may have come after the defaults, so that these are tried
+  // once more. All are, for their order is kept.
+  if (!refused.empty())
+    for (const Line* line : SetDefaults(parameter, defaults)) complain(*line);
   for (QXIter<const std::string> text = parameter.GetStringDefaults(); text; ++text)
     if (!parameter.IsLegalString(*text))
       QXThrow.Warning("!DEFAULT value of %s is not a legal setting for parameter %s", text->c_str(),
