@@ -128,18 +128,57 @@ Body::const_iterator AddDetail(QXParameter& parameter, Body::const_iterator at,
   return stop;
 }
 
-// Adds the defaults of a list. They are loaded once, since every load begins with
-// the first. The result are the lines that had no effect.
-std::vector<const Line*> AddDefaults(QXParameter& parameter, std::vector<const Line*> lines) {
-  const auto refused = std::stable_partition(
-      lines.begin(), lines.end(),
-      [&parameter](const Line* line) { return parameter.AddStringDefault(line->Word(1)); });
-  std::vector<std::string> texts;
-  for (auto line = lines.begin(); line != refused; ++line) texts.push_back((*line)->Word(1));
-  auto good = refused;
-  if (!parameter.LoadDefault())
-    good = lines.begin() + static_cast<std::ptrdiff_t>(FindUnloadable(parameter, texts));
-  return {good, lines.end()};
+// The defaults of a parameter, each applied where it stands. From the first that is
+// refused on they wait, in their order, for the end of the body: it may be the name of a
+// constant whose legal values follow.
+class Defaults {
+public:
+  explicit Defaults(QXParameter& parameter) : parameter_(parameter) {}
+
+  void Add(const Line& line) {
+    if (!waiting_.empty() || !Apply(line)) waiting_.push_back(&line);
+  }
+
+  // Those of a list are loaded in one go, since every load begins with the first. It must
+  // come before a change of what is legal, which some conversions depend on.
+  void Load() {
+    if (pending_) loaded_ = parameter_.LoadDefault();
+    pending_ = false;
+  }
+
+  // Tries once more what was refused, and gives the lines that have no effect.
+  std::vector<const Line*> Finish();
+
+private:
+  bool Apply(const Line& line) {
+    const std::string text = line.Word(1);
+    if (!parameter_.GetIsList())
+      return parameter_.SetStringDefault(text) && parameter_.LoadDefault();
+    if (!parameter_.AddStringDefault(text)) return false;
+    added_.push_back(&line);
+    return pending_ = true;
+  }
+
+  QXParameter& parameter_;
+  std::vector<const Line*> added_;  // to a list
+  std::vector<const Line*> waiting_;
+  bool pending_ = false;  // something was added since the last load
+  bool loaded_ = true;    // which went well
+};
+
+std::vector<const Line*> Defaults::Finish() {
+  std::vector<const Line*> bad;
+  std::copy_if(waiting_.begin(), waiting_.end(), std::back_inserter(bad),
+               [this](const Line* line) { return !Apply(*line); });
+  pending_ |= !loaded_;
+  Load();
+  if (loaded_) return bad;
+  Texts texts;
+  for (const Line* line : added_) texts.push_back(line->Word(1));
+  const auto good = static_cast<std::ptrdiff_t>(FindUnloadable(parameter_, texts));
+  bad.insert(bad.end(), added_.begin() + good, added_.end());
+  std::sort(bad.begin(), bad.end());  // they lie in one body
+  return bad;
 }
 
 // Applies the lines of a body.
@@ -148,27 +187,23 @@ void ConfigureParameter(QXParameter& parameter, const Body& body) {
     QXThrow.Error("Problem parsing interface configuration file or parameter %s\n  line : %s",
                   parameter.GetName().c_str(), line.Raw().c_str());
   };
-  std::vector<const Line*> defaults;
+  Defaults defaults(parameter);
   for (auto line = body.begin(); line != body.end(); ++line) {
     if (line->SaysNothing()) continue;
     const Keyword* keyword = FindKeyword(*line);
     const bool fits = keyword && line->size >= keyword->min && line->size <= keyword->max;
-    if (fits && keyword->kind == Kind::Detail)
-      line = AddDetail(parameter, line + 1, body.end()) - 1;
-    else if (fits && keyword->kind == Kind::Default)
-      defaults.push_back(&*line);
-    else if (!fits || (keyword->kind == Kind::Set && !keyword->set(parameter, *line)))
+    if (!fits) {
       complain(*line);
+    } else if (keyword->kind == Kind::Detail) {
+      line = AddDetail(parameter, line + 1, body.end()) - 1;
+    } else if (keyword->kind == Kind::Default) {
+      defaults.Add(*line);
+    } else if (keyword->kind == Kind::Set) {
+      defaults.Load();
+      if (!keyword->set(parameter, *line)) complain(*line);
+    }
   }
-
-  // The defaults come last wherever they stand, because the names of constants are
-  // not known before their legal values are.
-  if (parameter.GetIsList()) {
-    for (const Line* line : AddDefaults(parameter, defaults)) complain(*line);
-  } else {
-    for (const Line* line : defaults)
-      if (!parameter.SetStringDefault(line->Word(1)) || !parameter.LoadDefault()) complain(*line);
-  }
+  for (const Line* line : defaults.Finish()) complain(*line);
   for (QXIter<const std::string> text = parameter.GetStringDefaults(); text; ++text)
     if (!parameter.IsLegalString(*text))
       QXThrow.Warning("!DEFAULT value of %s is not a legal setting for parameter %s", text->c_str(),
