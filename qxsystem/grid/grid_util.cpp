@@ -151,7 +151,7 @@ bool QXReadOldStyleGrid(qxistream& in, QXMultiGrid<float>& target) {
   std::string held;
   if (in.read(held, bytes) != bytes) return false;
   qxisstream memory;
-  memory.set(held.data(), held.size(), /*copy=*/false);
+  memory.set(held.data(), held.size(), /*own=*/false);
   return ReadBody(memory, head, values != 0, *grid);
 }
 

@@ -58,7 +58,7 @@ private:
 
 QXDotTracer::QXDotTracer(float interval, qxostream& out)
     : impl_(std::make_unique<QXDotTracerImpl>(interval, out)) {}
-QXDotTracer::QXDotTracer(std::string title, float interval, qxostream& out)
+QXDotTracer::QXDotTracer(const std::string& title, float interval, qxostream& out)
     : impl_(std::make_unique<QXDotTracerImpl>(title, interval, out)) {}
 QXDotTracer::~QXDotTracer() = default;
 

@@ -25,7 +25,7 @@ public:
   QXDotTracer(float interval, QXPlatform::qxostream& out);
 
   /// The same behind `title`, which is printed now.
-  QXDotTracer(std::string title, float interval, QXPlatform::qxostream& out);
+  QXDotTracer(const std::string& title, float interval, QXPlatform::qxostream& out);
 
   /// Prints "Done." and a line end, on a new line where the dots fill one.
   ~QXDotTracer();

@@ -4,9 +4,6 @@
 
 namespace QXSystem {
 
-using QXPlatform::qxistream;
-using QXPlatform::qxiwrapperstream;
-
 qxprogressstream::qxprogressstream(qxistream* stream, bool ownStream, QXTracerBase* tracer,
                                    bool ownTracer)
     : qxiwrapperstream(stream, ownStream), tracer_(tracer), ownTracer_(ownTracer) {}
