@@ -140,7 +140,7 @@ std::vector<unsigned char> RandomBytes() {
   return bytes;
 }
 
-struct Base85 {
+struct QXBase85 {
   void Encode() { text = QXDataFlow::QXBase85Encode(bytes); }
   void Decode() { decoded = QXDataFlow::QXBase85Decode(text); }
 
@@ -161,11 +161,11 @@ void Decode(benchmark::State& state) {
   for (auto _ : state) subject.Decode();
   if (subject.decoded != subject.bytes) state.SkipWithError("did not decode what was encoded");
 }
-BENCHMARK_TEMPLATE(Encode, Base85);
-BENCHMARK_TEMPLATE(Decode, Base85);
+BENCHMARK_TEMPLATE(Encode, QXBase85);
+BENCHMARK_TEMPLATE(Decode, QXBase85);
 
 #if HAVE_ZMQ
-struct Z85 : Base85 {
+struct Z85 : QXBase85 {
   void Encode() {
     text.resize(bytes.size() / 4 * 5);
     zmq_z85_encode(text.data(), bytes.data(), bytes.size());
