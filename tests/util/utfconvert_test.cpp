@@ -100,7 +100,7 @@ TEST(QXIsValidUTF8, SeesCharactersWhereverTheyStand) {
                                 "\xC3",         "\xA9",         "\xED\xA0\x80"};
   for (std::size_t place = 0; place < 4100; place += place == 140 ? 3940 : 1)
     for (const auto& piece : pieces)
-      for (const std::size_t behind : {0, 1, 3, 40})
+      for (const std::size_t behind : {0u, 1u, 3u, 40u})
         for (const bool ascii : {false, true}) {
           Bytes text(place, 'a');
           for (std::size_t i = 0; !ascii && i < place / 4 * 4; ++i)
