@@ -128,7 +128,7 @@ inline constexpr std::array<LogEntry, 128> LogTable = [] {
   for (std::size_t i = 0; i < table.size(); ++i) {
     const double middle =
         __builtin_bit_cast(double, LowestZ + ((2 * i + 1) << (IntervalShift - 1)));
-    const int inverse = static_cast<int>(512 / middle + 0.5);
+    const int inverse = (static_cast<int>(1024 / middle) + 1) / 2;  // rounded
     const long double log = LogOf(512.0L / inverse);
     table[i].inverse = inverse / 512.;
     table[i].high = CutAt42(log);

@@ -45,16 +45,6 @@ void MtRng<Traits>::Refill() {
   left_ = Size;
 }
 
-template <class Traits>
-std::uint64_t MtRng<Traits>::getUnsigned() {
-  return Next() >> 33;
-}
-
-template <class Traits>
-double MtRng<Traits>::getUnitDouble() {
-  return static_cast<double>(Next() >> 11) * 0x1p-53;
-}
-
 template class MtRng<Mt64Traits>;
 
 // --- Distributions

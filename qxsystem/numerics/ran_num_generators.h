@@ -60,10 +60,10 @@ public:
   }
 
   /// The upper 31 bits of the next word.
-  std::uint64_t getUnsigned() override;
+  std::uint64_t getUnsigned() override { return Next() >> 33; }
 
   /// The upper 53 bits of the next word, as a fraction.
-  double getUnitDouble() override;
+  double getUnitDouble() override { return static_cast<double>(Next() >> 11) * 0x1p-53; }
 
 private:
   void Refill();
