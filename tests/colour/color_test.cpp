@@ -5,21 +5,15 @@
 
 #include <gtest/gtest.h>
 
-#include <qxsystem/core/errortest.h>
+#include <tests/support/reports.h>
 
 using namespace QXSystem;
+using qxtest::Reports;
 using namespace QXPlatform;
 
 static_assert(sizeof(QXColor) == 4);
 
 namespace {
-
-struct Reports : QXPushSimpleQXThrowTester {
-  Reports() {
-    QXThrow.SetStrict(false);
-    QXThrow.SetLevel(QXErrorLevel::Quiet);
-  }
-};
 
 std::string Range(const std::string& operation, const std::string& limits) {
   return "level = 4\n" + operation + "() accepts color values between " + limits +

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include <qxsystem/core/errortest.h>
+#include <tests/support/reports.h>
 
 using namespace QXSystem;
 
@@ -36,8 +36,7 @@ TEST(QXColorGradient, KeepsItsStopsInOrder) {
   EXPECT_TRUE(gradient.GetMinValue() == 1 && gradient.GetMaxValue() == 9);
   EXPECT_TRUE(gradient.GetMinColor() == QXBlue && gradient.GetMaxColor() == QXWhite);
 
-  QXPushSimpleQXThrowTester reports;
-  QXThrow.SetLevel(QXErrorLevel::Quiet);
+  const qxtest::Reports reports;
   EXPECT_FALSE(gradient.DeleteStop(4));
   EXPECT_TRUE(gradient.DeleteStop(3) && gradient.DeleteStop(0) && gradient.DeleteStop(0));
   EXPECT_FALSE(gradient.DeleteStop(7) || QXLinearColorGradient().DeleteStop(0));

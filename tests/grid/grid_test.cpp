@@ -7,10 +7,11 @@
 
 #include <gtest/gtest.h>
 
-#include <qxsystem/core/errortest.h>
 #include <qxsystem/grid/grid_util.h>
+#include <tests/support/reports.h>
 
 using namespace QXSystem;
+using qxtest::Reports;
 
 using Grid = QXFixedGrid<float>;
 using View = QXFixedRefGrid<float>;
@@ -22,10 +23,6 @@ namespace {
 
 constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 constexpr unsigned huge = 65536;  // squared, one more than a grid can hold
-
-struct Reports : QXPushSimpleQXThrowTester {
-  Reports() { QXThrow.SetLevel(QXErrorLevel::Quiet); }
-};
 
 // Dimensions, centre, spacing, bounds, and what was set, in letters.
 std::string Shape(const QXGridBase& g) {
