@@ -93,14 +93,14 @@ TEST(QXColor, ReadsAndWritesText) {
 
 TEST(QXColor, GivesChannelsAsRealNumbers) {
   for (unsigned i = 0; i < 256; ++i) {
+    const QXColor color(i, 255 - i, 255, i);
     float f[4];
     double d[4];
-    QXColorGet(QXColor(i, 255 - i, 255, i), f[0], f[1], f[2], f[3]);
-    QXColorGet(QXColor(i, 255 - i, 255, i), d[0], d[1], d[2], d[3]);
+    QXColorGet(color, f[0], f[1], f[2], f[3]);
+    QXColorGet(color, d[0], d[1], d[2], d[3]);
     EXPECT_EQ(f[0], 0.003921569f * static_cast<float>(i));
     EXPECT_DOUBLE_EQ(d[1], (255 - i) / 255.0);
-    EXPECT_EQ(d[2], 1.0);
-    EXPECT_TRUE(f[3] == f[0] && d[3] == d[0]);
+    EXPECT_TRUE(d[2] == 1 && f[3] == f[0] && d[3] == d[0]);
   }
 }
 
@@ -138,13 +138,12 @@ TEST(QXColor, HasAStoredFormOfItsOwn) {
   const QXColor color(1, 2, 3, 250);
   const std::string stored("\x04\0\0\0\x01\x02\x03\xFA", 8);
   qxosstream out;
-  EXPECT_EQ(QX_io_write_binary(out, color), QX_io_binary_size(color));
-  EXPECT_EQ(out.str(), stored);
   unsigned char bytes[8];
   QXColor read;
-  EXPECT_EQ(QX_io_write_binary(bytes, color), 8u);
+  EXPECT_EQ(QX_io_binary_size(color), 8u);
+  EXPECT_EQ(QX_io_write_binary(out, color) + QX_io_write_binary(bytes, color), 16u);
   EXPECT_EQ(QX_io_read_binary(bytes, read), 8u);
-  EXPECT_EQ(read, color);
+  EXPECT_TRUE(out.str() == stored && read == color);
 
   const struct {
     std::string bytes;
@@ -156,9 +155,7 @@ TEST(QXColor, HasAStoredFormOfItsOwn) {
                {"", 0, false},
                {std::string("\x05\0\0\0abcdef", 10), 9, false},
                {std::string("\0\0\0\0abcd", 8), 4, false},
-               {"\xFF\xFF\xFF\xFF"
-                "ab",
-                6, false}};
+               {"\xFF\xFF\xFF\xFFgh", 6, false}};
   for (const auto& c : cases) {
     const Reports reports;
     qxisstream in(c.bytes);

@@ -108,11 +108,12 @@ TEST(QXColorGradient, MapsItsAxis) {
 // The pair of stops found by search is the first that holds the value.
 TEST(QXColorGradient, AgreesWithAWalkOverItsStops) {
   std::mt19937 random(7);
-  const auto byte = [&] { return static_cast<unsigned>(random() % 256); };
   QXExponentColorGradient gradient(2.5);
   std::vector<QXColorStop> stops;
-  for (unsigned i = 0; i < 50; ++i)
-    gradient.AddStop({static_cast<double>(random() % 2000) - 1000, {byte(), byte(), byte()}});
+  for (unsigned i = 0; i < 50; ++i) {
+    const auto word = static_cast<unsigned>(random());
+    gradient.AddStop({word % 2000 - 1000.0, QXColor(word)});
+  }
   for (QXIter<QXColorStop> stop = gradient.GetStops(); stop; ++stop) stops.push_back(*stop);
   for (double value = -1010; value < 1010; value += 0.5) {
     std::string expected = stops.front().color.GetText(true);
