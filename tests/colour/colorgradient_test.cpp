@@ -55,6 +55,7 @@ TEST(QXColorGradient, RoundsChannelsDownBothWays) {
     const char *up, *down, *fade;
   } cases[] = {{0, "#000000ff", "#ffffffff", "#ffffff00"},
                {0.5, "#7f7f7fff", "#7f7f7fff", "#ff7f7f7f"},
+               {0.8, "#ccccccff", "#323232ff", "#ff3232cc"},
                {0.001, "#000000ff", "#fefefeff", "#fffefe00"},
                {0.999, "#fefefeff", "#000000ff", "#ff0000fe"},
                {1, "#ffffffff", "#000000ff", "#ff0000ff"},

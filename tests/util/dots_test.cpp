@@ -25,18 +25,17 @@ TEST(QXDots, PrintADotForSoManyAndTheCountForEveryLine) {
     unsigned line, every;
     std::vector<unsigned> steps;
     const char* text;
-  } cases[] = {
-      {100, 10, {25}, "..\nTotal: 25 items read.\n"},
-      {100, 10, {25, 4}, "..\nTotal: 29 items read.\n"},
-      {100, 10, {25, 5}, "...\nTotal: 30 items read.\n"},
-      {3, 1, {7}, "... 3 items read.\n... 6 items read.\n.\nTotal: 7 items read.\n"},
-      {5, 2, {8}, "... 5 items read.\n.\nTotal: 8 items read.\n"},  // what exceeds 5 is lost
-      {0, 10, {25, 1}, "\nTotal: 26 items read.\n"},
-      {10, 0, {25, 1}, "\nTotal: 26 items read.\n"},
-      {4000000000,
-       4000000000,
-       {3999999999, 3999999999},
-       ". 4000000000 items read.\n\nTotal: 7999999998 items read.\n"}};
+  } cases[] = {{100, 10, {25}, "..\nTotal: 25 items read.\n"},
+               {100, 10, {25, 4}, "..\nTotal: 29 items read.\n"},
+               {100, 10, {25, 5}, "...\nTotal: 30 items read.\n"},
+               {3, 1, {7}, "... 3 items read.\n... 6 items read.\n.\nTotal: 7 items read.\n"},
+               {5, 2, {12}, "... 5 items read.\n... 10 items read.\n\nTotal: 12 items read.\n"},
+               {0, 10, {25, 1}, "\nTotal: 26 items read.\n"},
+               {10, 0, {25, 1}, "\nTotal: 26 items read.\n"},
+               {4000000000,
+                4000000000,
+                {3999999999, 3999999999},
+                ". 4000000000 items read.\n\nTotal: 7999999998 items read.\n"}};
   for (const auto& c : cases) EXPECT_EQ(run(c.line, c.every, c.steps), c.text);
   EXPECT_EQ(OnStderr([] { QXDots(100, 1, nullptr, nullptr).Update('*', 3); }), "***");
   EXPECT_EQ(OnStderr([] { QXDots(100, 42, "", "").Update('*'); }), ".");
