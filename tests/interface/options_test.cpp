@@ -161,6 +161,17 @@ TEST(QXUpdateOpts, GoesWithTheCategoriesOrWithoutThem) {
   Options other("Other");
   other.AddParameter(QXBoolParameter("-a"));  // 55 is none
   EXPECT_FALSE(QXUpdateOpts(other, itf));
+
+  // A child comes before a grandchild of the same name.
+  Options outer("Outer"), first("First"), same("Same");
+  first.AddOption(same.Int("-s", 1));
+  outer.AddOption(first);
+  outer.AddOption(same.Int("-t", 2));
+  QXInterface view;
+  ASSERT_TRUE(QXConfigureItf(view, outer));
+  ASSERT_TRUE(view.GetParameter("-t")->SetStringValue("9") && view.GetParameter("-t")->Load());
+  EXPECT_TRUE(QXUpdateOpts(outer, view));
+  EXPECT_EQ(Value(outer, "-t"), 9);
 }
 
 TEST(QXConfigureOpts, ParsesAndFills) {
