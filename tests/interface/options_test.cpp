@@ -176,15 +176,13 @@ TEST(QXUpdateOpts, GoesWithTheCategoriesOrWithoutThem) {
 
 TEST(QXConfigureOpts, ParsesAndFills) {
   const Messages messages;  // errors are not strict
-  const auto parse = [](QXOptions& options, const char* key, const char* value) {
-    char* argv[] = {const_cast<char*>("dock"), const_cast<char*>(key), const_cast<char*>(value)};
-    return QXConfigureOpts(options, value ? 3 : 2, argv, /*write=*/false);
-  };
   Options dock = Dock();
-  EXPECT_EQ(parse(dock, "-d", nullptr), QXOptsStatus::Failure);
-  EXPECT_EQ(parse(dock, "-CYCLES", "3"), QXOptsStatus::Done);
+  char words[] = "-CYCLES\0003";
+  char* argv[] = {words, words, words + 8};
+  EXPECT_EQ(QXConfigureOpts(dock, 2, argv, /*write=*/false), QXOptsStatus::Failure);
+  EXPECT_EQ(QXConfigureOpts(dock, 3, argv, /*write=*/false), QXOptsStatus::Done);
   EXPECT_EQ(Value(dock, "-m") * 100 + Value(*dock.GetOption("Fit"), "-n"), 103);
-  EXPECT_EQ(parse(dock, "-cycles", "3"), QXOptsStatus::Failure);  // has its value by now
+  EXPECT_EQ(QXConfigureOpts(dock, 3, argv, /*write=*/false), QXOptsStatus::Failure);  // is set
 }
 
 }  // namespace
