@@ -307,11 +307,12 @@ void Describe(const Run& run, QXBase& object) {
     squares += (xyz[i] - centroid[i % 3]) * (xyz[i] - centroid[i % 3]);
   const double radius = atoms > 0 ? std::sqrt(squares / static_cast<double>(atoms)) : 0;
 
-  std::string wanted;
-  for (unsigned i = 0; QXGetSetting(run.itf, "-add", wanted, i); ++i) {
-    if (QXStringEquals(wanted, "atoms")) object.SetData<int>(kAtomCount, static_cast<int>(atoms));
-    if (QXStringEquals(wanted, "centroid")) object.SetData(kCentroid, centroid);
-    if (QXStringEquals(wanted, "gyration")) object.SetData<double>(kRadiusOfGyration, radius);
+  // QXGetSetting by number would go on into the defaults behind the values given.
+  const auto* add = dynamic_cast<QXTypedParameter<std::string>*>(run.itf.GetParameter("-add"));
+  for (QXIter<const std::string> wanted = add->GetSettings(); wanted; ++wanted) {
+    if (QXStringEquals(*wanted, "atoms")) object.SetData<int>(kAtomCount, static_cast<int>(atoms));
+    if (QXStringEquals(*wanted, "centroid")) object.SetData(kCentroid, centroid);
+    if (QXStringEquals(*wanted, "gyration")) object.SetData<double>(kRadiusOfGyration, radius);
   }
 }
 
