@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include <qxsystem/core/errortest.h>
+#include <tests/support/capture.h>
 
 using namespace QXSystem;
 
@@ -36,8 +36,7 @@ TEST(QXColorGradient, KeepsItsStopsInOrder) {
   EXPECT_TRUE(gradient.GetMinValue() == 1 && gradient.GetMaxValue() == 9);
   EXPECT_TRUE(gradient.GetMinColor() == QXBlue && gradient.GetMaxColor() == QXWhite);
 
-  QXPushSimpleQXThrowTester reports;
-  QXThrow.SetLevel(QXErrorLevel::Quiet);
+  const qxtest::Reports reports;
   EXPECT_FALSE(gradient.DeleteStop(4));
   EXPECT_TRUE(gradient.DeleteStop(3) && gradient.DeleteStop(0) && gradient.DeleteStop(0));
   EXPECT_FALSE(gradient.DeleteStop(7) || QXLinearColorGradient().DeleteStop(0));
@@ -56,6 +55,7 @@ TEST(QXColorGradient, RoundsChannelsDownBothWays) {
     const char *up, *down, *fade;
   } cases[] = {{0, "#000000ff", "#ffffffff", "#ffffff00"},
                {0.5, "#7f7f7fff", "#7f7f7fff", "#ff7f7f7f"},
+               {0.8, "#ccccccff", "#323232ff", "#ff3232cc"},
                {0.001, "#000000ff", "#fefefeff", "#fffefe00"},
                {0.999, "#fefefeff", "#000000ff", "#ff0000fe"},
                {1, "#ffffffff", "#000000ff", "#ff0000ff"},
@@ -63,18 +63,15 @@ TEST(QXColorGradient, RoundsChannelsDownBothWays) {
                {inf, "#ffffffff", "#000000ff", "#ff0000ff"},
                {nan, "#ffffffff", "#ffffffff", "#ffffffff"}};
   for (const auto& c : cases) {
-    EXPECT_EQ(At(up, c.value), c.up) << c.value;
-    EXPECT_EQ(At(down, c.value), c.down) << c.value;
-    EXPECT_EQ(At(fade, c.value), c.fade) << c.value;
+    EXPECT_EQ(At(up, c.value) + At(down, c.value) + At(fade, c.value),
+              std::string(c.up) + c.down + c.fade);
   }
 }
 
 TEST(QXColorGradient, WithoutStopsIsBlackAndWithOneUniform) {
   const QXLinearColorGradient none, one({3, QXRed});
-  for (const double value : {-inf, -1.0, 3.0, 4.0, inf}) {
-    EXPECT_EQ(none.GetColorAt(value), QXBlack);
-    EXPECT_EQ(one.GetColorAt(value), QXRed);
-  }
+  for (const double value : {-inf, 3.0, 4.0})
+    EXPECT_TRUE(none.GetColorAt(value) == QXBlack && one.GetColorAt(value) == QXRed);
   EXPECT_TRUE(none.IsEmpty() && none.GetMinColor() == QXBlack && none.GetMaxColor() == QXBlack);
   EXPECT_EQ(none.GetMaxValue(), std::numeric_limits<double>::max());
   EXPECT_EQ(none.GetMinValue(), -none.GetMaxValue());
