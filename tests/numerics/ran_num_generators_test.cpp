@@ -157,7 +157,7 @@ TEST(QXUniformIntRNG, TakesTheRemainderOfAWord) {
   for (const auto& [low, high] : ranges) {
     Mt engine(5);
     EXPECT_EQ(QXUniformIntRNG(low, high)(engine), word % (std::int64_t{high} - low + 1) + low);
-    EXPECT_EQ(QXUniformIntRNG(low, low - 1 + (low == Min))(engine), low);
+    EXPECT_EQ(QXUniformIntRNG(low, low == Min ? low : low - 1)(engine), low);
   }
 }
 
