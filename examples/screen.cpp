@@ -18,9 +18,11 @@
 #include <qxsystem/platform/istream.h>
 #include <qxsystem/platform/ostream.h>
 #include <qxsystem/util/bitvector.h>
+#include <qxsystem/util/progressstream.h>
 #include <qxsystem/util/qxstring.h>
 
 #include "molecules.h"
+#include "progress.h"
 
 using namespace QXPlatform;
 using namespace QXSystem;
@@ -64,6 +66,10 @@ constexpr const char* kInterface = R"(
   !DEFAULT false
   !BRIEF Print how many bits are set in the query alone, the hit alone, both and neither
 !END
+!PARAMETER -status 7
+  !TYPE string
+  !BRIEF Keep a file that tells how far the program is
+!END
 )";
 
 constexpr const char* kRequirements = R"(
@@ -89,8 +95,9 @@ bool ParseBytes(std::string digits, QXBitVector& bits) {
   return bits.FromHexString(digits + "J") && bits.GetSize() == 4 * digits.size();
 }
 
-std::vector<Fingerprint> ReadFps(const std::string& name) {
-  qxifstream in(name);
+std::vector<Fingerprint> ReadFps(const std::string& name, QXTracerBase& tracer) {
+  tracer.Push("Reading " + name);
+  qxprogressstream in(new qxifstream(name), /*ownStream=*/true, &tracer, /*ownTracer=*/false);
   if (!in) Fail(name + ": cannot be read");
   const std::string bitsKey = "#num_bits=";
   std::vector<Fingerprint> fingerprints;
@@ -118,6 +125,7 @@ std::vector<Fingerprint> ReadFps(const std::string& name) {
     bits.SetSize(size);
     fingerprints.push_back(std::move(fingerprint));
   }
+  tracer.Pop();
   if (fingerprints.empty()) Fail(name + ": no fingerprints");
   return fingerprints;
 }
@@ -149,8 +157,9 @@ int main(int argc, char** argv) {
 
   const auto inName = Setting<std::string>(itf, "-in"), id = Setting<std::string>(itf, "-id"),
              queryName = Setting<std::string>(itf, "-query");
-  const auto fingerprints = ReadFps(inName);
-  const auto others = queryName.empty() ? std::vector<Fingerprint>() : ReadFps(queryName);
+  Progress progress(Setting<std::string>(itf, "-status"));
+  const auto fingerprints = ReadFps(inName, progress);
+  const auto others = queryName.empty() ? std::vector<Fingerprint>() : ReadFps(queryName, progress);
   const QXBitVector& query =
       (queryName.empty() ? Find(fingerprints, id, inName) : Find(others, id, queryName)).bits;
   if (query.GetSize() != fingerprints[0].bits.GetSize())

@@ -16,9 +16,11 @@
 #include <qxsystem/numerics/regrotation.h>
 #include <qxsystem/platform/istream.h>
 #include <qxsystem/platform/ostream.h>
+#include <qxsystem/util/progressstream.h>
 #include <qxsystem/util/qxstring.h>
 
 #include "molecules.h"
+#include "progress.h"
 #include "structure.h"
 
 using namespace QXPlatform;
@@ -55,6 +57,10 @@ constexpr const char* kInterface = R"(
   !LEGAL_VALUE mass
   !DEFAULT none
   !BRIEF What an atom counts: all the same, or by the mass of its element
+!END
+!PARAMETER -status 6
+  !TYPE string
+  !BRIEF Keep a file that tells how far the program is
 !END
 )";
 
@@ -140,7 +146,12 @@ int main(int argc, char** argv) {
   QXThrow.SetHandlerImpl(watcher, /*owned=*/true);
   QXThrow.SetLevel(QXErrorLevel::Debug);
 
-  qxifstream refFile(refName), fitFile(fitName);
+  Progress progress(Setting<std::string>(itf, "-status"));
+  QXTracerBase& tracer = progress;
+  tracer.Push("Superposing the models");
+  qxifstream refFile(refName);
+  qxprogressstream fitFile(new qxifstream(fitName), /*ownStream=*/true, &tracer,
+                           /*ownTracer=*/false);
   if (!refFile) Fail(refName + ": cannot be read");
   if (!fitFile) Fail(fitName + ": cannot be read");
   StructureReader refReader(refFile), fitReader(fitFile);
@@ -170,6 +181,7 @@ int main(int argc, char** argv) {
     for (std::size_t i = 0; i < model.coordinates.size(); ++i) model.coordinates[i] += trans[i % 3];
     AppendXyz(moved, model, QXMakeString("model %u, RMS %.4f", count, after));
   }
+  tracer.Pop();
   if (count == 0) Fail(fitName + ": no atoms");
   if (!outName.empty()) {
     qxofstream out(outName);
