@@ -13,8 +13,8 @@ namespace QXSystem {
 
 namespace {
 
-// A channel that falls is interpolated from its lower end too, so that a
-// gradient and its mirror image round alike.
+// A channel that falls is counted from its lower end: which form is taken shows
+// where a channel meets a whole number, white to black at 0.8 is 50 and not 51.
 unsigned Mix(unsigned low, unsigned high, double t) {
   const double l = low, h = high;
   return static_cast<unsigned>(std::floor(h < l ? h + (1 - t) * (l - h) : (h - l) * t + l));

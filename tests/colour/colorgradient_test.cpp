@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include <tests/support/reports.h>
+#include <tests/support/capture.h>
 
 using namespace QXSystem;
 
@@ -55,6 +55,7 @@ TEST(QXColorGradient, RoundsChannelsDownBothWays) {
     const char *up, *down, *fade;
   } cases[] = {{0, "#000000ff", "#ffffffff", "#ffffff00"},
                {0.5, "#7f7f7fff", "#7f7f7fff", "#ff7f7f7f"},
+               {0.8, "#ccccccff", "#323232ff", "#ff3232cc"},
                {0.001, "#000000ff", "#fefefeff", "#fffefe00"},
                {0.999, "#fefefeff", "#000000ff", "#ff0000fe"},
                {1, "#ffffffff", "#000000ff", "#ff0000ff"},
@@ -62,18 +63,15 @@ TEST(QXColorGradient, RoundsChannelsDownBothWays) {
                {inf, "#ffffffff", "#000000ff", "#ff0000ff"},
                {nan, "#ffffffff", "#ffffffff", "#ffffffff"}};
   for (const auto& c : cases) {
-    EXPECT_EQ(At(up, c.value), c.up) << c.value;
-    EXPECT_EQ(At(down, c.value), c.down) << c.value;
-    EXPECT_EQ(At(fade, c.value), c.fade) << c.value;
+    EXPECT_EQ(At(up, c.value) + At(down, c.value) + At(fade, c.value),
+              std::string(c.up) + c.down + c.fade);
   }
 }
 
 TEST(QXColorGradient, WithoutStopsIsBlackAndWithOneUniform) {
   const QXLinearColorGradient none, one({3, QXRed});
-  for (const double value : {-inf, -1.0, 3.0, 4.0, inf}) {
-    EXPECT_EQ(none.GetColorAt(value), QXBlack);
-    EXPECT_EQ(one.GetColorAt(value), QXRed);
-  }
+  for (const double value : {-inf, 3.0, 4.0})
+    EXPECT_TRUE(none.GetColorAt(value) == QXBlack && one.GetColorAt(value) == QXRed);
   EXPECT_TRUE(none.IsEmpty() && none.GetMinColor() == QXBlack && none.GetMaxColor() == QXBlack);
   EXPECT_EQ(none.GetMaxValue(), std::numeric_limits<double>::max());
   EXPECT_EQ(none.GetMinValue(), -none.GetMaxValue());
@@ -108,12 +106,11 @@ TEST(QXColorGradient, MapsItsAxis) {
 // The pair of stops found by search is the first that holds the value.
 TEST(QXColorGradient, AgreesWithAWalkOverItsStops) {
   std::mt19937 random(7);
+  const auto byte = [&] { return static_cast<unsigned>(random() % 256); };
   QXExponentColorGradient gradient(2.5);
   std::vector<QXColorStop> stops;
-  for (unsigned i = 0; i < 50; ++i) {
-    const auto word = static_cast<unsigned>(random());
-    gradient.AddStop({word % 2000 - 1000.0, QXColor(word)});
-  }
+  for (unsigned i = 0; i < 50; ++i)
+    gradient.AddStop({static_cast<double>(random() % 2000) - 1000, {byte(), byte(), byte()}});
   for (QXIter<QXColorStop> stop = gradient.GetStops(); stop; ++stop) stops.push_back(*stop);
   for (double value = -1010; value < 1010; value += 0.5) {
     std::string expected = stops.front().color.GetText(true);

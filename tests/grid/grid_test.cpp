@@ -8,7 +8,8 @@
 #include <gtest/gtest.h>
 
 #include <qxsystem/grid/grid_util.h>
-#include <tests/support/reports.h>
+#include <qxsystem/util/qxformat.h>
+#include <tests/support/capture.h>
 
 using namespace QXSystem;
 using qxtest::Reports;
@@ -26,13 +27,12 @@ constexpr unsigned huge = 65536;  // squared, one more than a grid can hold
 
 // Dimensions, centre, spacing, bounds, and what was set, in letters.
 std::string Shape(const QXGridBase& g) {
-  char text[256];
-  std::snprintf(text, sizeof text, "%ux%ux%u=%u (%g %g %g) %g/%g [%g %g %g, %g %g %g] ",
-                g.GetXDim(), g.GetYDim(), g.GetZDim(), g.GetSize(), g.GetXMid(), g.GetYMid(),
-                g.GetZMid(), g.GetSpacing(), g.GetInverseSpacing(), g.GetXMin(), g.GetYMin(),
-                g.GetZMin(), g.GetXMax(), g.GetYMax(), g.GetZMax());
-  return text + std::string(g.IsXMidSet() ? "x" : "") + (g.IsYMidSet() ? "y" : "") +
-         (g.IsZMidSet() ? "z" : "") + (g.IsSpacingSet() ? "s" : "") + (g.IsTitleSet() ? "t" : "");
+  return QXMakeString("%ux%ux%u=%u (%g %g %g) %g/%g [%g %g %g, %g %g %g] ", g.GetXDim(),
+                      g.GetYDim(), g.GetZDim(), g.GetSize(), g.GetXMid(), g.GetYMid(), g.GetZMid(),
+                      g.GetSpacing(), g.GetInverseSpacing(), g.GetXMin(), g.GetYMin(), g.GetZMin(),
+                      g.GetXMax(), g.GetYMax(), g.GetZMax()) +
+         (g.IsXMidSet() ? "x" : "") + (g.IsYMidSet() ? "y" : "") + (g.IsZMidSet() ? "z" : "") +
+         (g.IsSpacingSet() ? "s" : "") + (g.IsTitleSet() ? "t" : "");
 }
 
 std::string Values(const Grid& grid) {
@@ -91,38 +91,31 @@ TEST(QXGridBase, SetsWhatItIsGivenOrNothing) {
 }
 
 TEST(QXGridBase, GivesCentreAndExtentsWhereSet) {
-  float center[3] = {9, 9, 9}, extents[3] = {9, 9, 9};
+  const auto told = [](const QXGridBase& grid) {
+    float c[3] = {9, 9, 9}, e[3] = {9, 9, 9};
+    QXGetCenterAndExtents(grid, c, nullptr);
+    QXGetCenterAndExtents(grid, c, e);
+    return QXMakeString("%g %g %g, %g %g %g", c[0], c[1], c[2], e[0], e[1], e[2]);
+  };
   QXGridBase grid;
-  grid.SetXMid(1);
-  grid.SetYMid(2);
-  QXGetCenterAndExtents(grid, center, extents);
-  EXPECT_TRUE(center[0] == 9 && extents[0] == 9);
-  grid.SetZMid(3);
-  QXGetCenterAndExtents(grid, center, nullptr);
-  QXGetCenterAndExtents(grid, center, extents);
-  EXPECT_TRUE(center[0] == 1 && center[1] == 2 && center[2] == 3 && extents[0] == 9);
-  grid.SetSpacing(0.25F);
-  grid.SetDim(4, 8, 12);
-  QXGetCenterAndExtents(grid, center, extents);
-  EXPECT_TRUE(extents[0] == 1 && extents[1] == 2 && extents[2] == 3);
+  EXPECT_TRUE(grid.SetXMid(1) && grid.SetYMid(2) && grid.SetDim(4, 8, 12));
+  EXPECT_EQ(told(grid), "9 9 9, 9 9 9");
+  EXPECT_TRUE(grid.SetZMid(3));
+  EXPECT_EQ(told(grid), "1 2 3, 9 9 9");
+  EXPECT_TRUE(grid.SetSpacing(0.25F));
+  EXPECT_EQ(told(grid), "1 2 3, 1 2 3");
 }
 
 TEST(QXGrid, KnowsItsBases) {
-  const Grid grid;
   MultiGrid multi;
-  const QXGridBase base;
-  const auto types = [](const QXBase& object) {
-    std::string text;
-    const void* const all[] = {QXGetDataType<QXBase>(),     QXGetDataType<QXGridAbstractBase>(),
-                               QXGetDataType<QXGridBase>(), QXGetDataType<Grid>(),
-                               QXGetDataType<View>(),       QXGetDataType<QXMultiGrid<float>>(),
-                               QXGetDataType<MultiGrid>()};
-    for (const void* type : all)
-      text += type == object.GetDataType() ? 'X' : object.IsDataType(type) ? 'x' : '.';
-    return text;
-  };
-  EXPECT_EQ(types(base) + types(grid), "xxX....xxxX...");
-  EXPECT_EQ(types(*multi.GetGrid(0)) + types(multi), "xxxxX..xxx..xX");
+  const QXBase &view = *multi.GetGrid(0), &base = multi;
+  const void* const common[] = {QXGetDataType<QXBase>(), QXGetDataType<QXGridAbstractBase>(),
+                                QXGetDataType<QXGridBase>()};
+  for (const void* type : common) EXPECT_TRUE(view.IsDataType(type) && base.IsDataType(type));
+  const void *const grid = QXGetDataType<Grid>(), *own = QXGetDataType<QXMultiGrid<float>>();
+  EXPECT_TRUE(view.GetDataType() == QXGetDataType<View>() && view.IsDataType(view.GetDataType()));
+  EXPECT_TRUE(base.GetDataType() == QXGetDataType<MultiGrid>() && base.IsDataType(own));
+  EXPECT_TRUE(view.IsDataType(grid) && !base.IsDataType(grid) && !view.IsDataType(own));
 }
 
 TEST(QXFixedGrid, OwnsItsValuesAndZeroesThemWithTheShape) {

@@ -140,16 +140,20 @@ TEST(QXOldStyleGrid, LeavesOutWhatTheGridRefuses) {
   }
 }
 
-// A file of few values must not make many of a grid that was large before.
+// A file of few values must not make many of a grid that was large before, nor of
+// grids that were many.
 TEST(QXOldStyleGrid, NeverMakesManyGridsOfAFormerSize) {
-  largest = 0;
   MultiGrid grid(1000, 1000, 1, 0, 0, 0, 1, "");
-  std::string file = Head({45 + 4 * 4000, 0, 4000, 0, 1, 1, 1}, {0, 0, 0, 1, 1});
-  file.append(4 * 4000, '\0');
-  qxisstream in(file);
-  EXPECT_TRUE(QXReadOldStyleGrid(in, grid));
-  EXPECT_LT(largest, 5000000u);
-  EXPECT_EQ(grid.GetNumGrids(), 4000u);
+  largest = 0;
+  for (const unsigned size : {1u, 4000u}) {
+    const unsigned grids = 4000 / size;
+    std::string file = Head({45 + 16000, 0, grids, 0, size, 1, 1}, {0, 0, 0, 1, 1});
+    file.append(16000, '\0');
+    qxisstream in(file);
+    EXPECT_TRUE(QXReadOldStyleGrid(in, grid));
+    EXPECT_TRUE(grid.GetNumGrids() == grids && grid.GetSize() == size);
+  }
+  EXPECT_LT(largest, 1000000u);
 }
 
 }  // namespace

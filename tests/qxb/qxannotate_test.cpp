@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <qxsystem/util/qxformat.h>
+
 #include "support.h"
 
 using namespace qxbtest;
@@ -64,25 +66,25 @@ TEST(QXAnnotation, EveryShapeHasItsItems) {
 }
 
 TEST(QXAnnotation, GivesDefaultsForWhatIsMissingOrWrong) {
-  QXAnnotation annotation;
-  const auto all = [&] {
-    return std::to_string(annotation.GetType()) + " " + std::to_string(annotation.GetRenderHint()) +
-           " " + annotation.GetTitle() + " " + annotation.GetColor().GetText(true);
+  QXAnnotation a;
+  const auto all = [&a] {
+    return QXMakeString("%u %u %s %s", a.GetType(), a.GetRenderHint(), a.GetTitle(),
+                        a.GetColor().GetText(true).c_str());
   };
   EXPECT_EQ(all(), "0 0  #ffffffff");
-  annotation.SetType(~0u).SetRenderHint(3).SetTitle("title").SetColor(QXColor(1, 2, 3, 4));
+  a.SetType(~0u).SetRenderHint(3).SetTitle("title").SetColor(QXColor(1, 2, 3, 4));
   EXPECT_EQ(all(), "4294967295 3 title #01020304");
-  EXPECT_FALSE(annotation.SetTitle(nullptr).HasData("title"));
+  EXPECT_FALSE(a.SetTitle(nullptr).HasData("title"));
   Reports reports;
   for (const char* name : {"type", "render", "title", "color"}) {
-    annotation.DeleteData(name);
-    annotation.SetData<double>(name, 1);
+    a.DeleteData(name);
+    a.SetData<double>(name, 1);
   }
   EXPECT_EQ(all(), "0 0  #ffffffff");
   EXPECT_EQ(reports.NumMessagesAtLevel(QXErrorLevel::Warning), 4u);
-  annotation.DeleteData("color");
-  annotation.SetData<char>("color", "abc", 3);
-  EXPECT_EQ(annotation.GetColor(), QXWhite);
+  a.DeleteData("color");
+  a.SetData<char>("color", "abc", 3);
+  EXPECT_EQ(a.GetColor(), QXWhite);
 }
 
 TEST(QXAnnotation, KeepsChildrenInOrder) {
@@ -142,13 +144,11 @@ TEST(QXAnnotation, StoresWhatHasAForm) {
     return Written([&](qxostream& out) { return QXBinaryWrite(out, annotation, filled); });
   };
   const std::string group = Hex("00 8C 'QXAnnotation'");
-  const std::string head =
-      Hex("00 84 'type' 01 0C000000 00 85 'color' 06 84 FFFFFFFF"
-          "00 81 'a' 05 8C 0000803F 00000040 00004040");
-  EXPECT_EQ(written(QXAnnotateSymbol(nullptr, p, "gone")), Counted(group, Block(head)));
-  EXPECT_EQ(written(QXAnnotation()), "") << "nothing to store";
+  EXPECT_EQ(written(QXAnnotateSymbol(nullptr, p, "gone")),
+            Counted(group, Block(Hex("00 84 'type' 01 0C000000 00 85 'color' 06 84 FFFFFFFF"
+                                     "00 81 'a' 05 8C 0000803F 00000040 00004040"))));
 
-  // As a value in another object, here a child, it has a tag of its own.
+  // As a value, here a child, it has a tag of its own.
   QXAnnotation parent;
   parent.SetData("0", QXAnnotation().SetType(1));
   const std::string child = Counted(group, Block(Hex("00 84 'type' 01 01000000")));

@@ -8,16 +8,15 @@
 #include <typeinfo>
 #include <vector>
 
+#include <qxsystem/core/errortest.h>
 #include <qxsystem/core/iter.h>
 #include <qxsystem/qxb/qxbrfxn.h>
 #include <qxsystem/qxb/qxbwfxn.h>
-#include <tests/support/reports.h>
 
 namespace qxbtest {
 
 using namespace QXSystem;
 using QXPlatform::QXHalfFloat;
-using qxtest::Reports;
 
 // Bytes from text: hexadecimal pairs, and characters between single quotes.
 inline std::string Hex(const std::string& text) {
@@ -240,6 +239,15 @@ protected:
 private:
   std::string bytes_;
   std::size_t shown_ = 0;
+};
+
+// Captures messages without printing them; an Error does not throw.
+class Reports : public QXPushSimpleQXThrowTester {
+public:
+  Reports() {
+    QXThrow.SetLevel(QXErrorLevel::Quiet);
+    QXThrow.SetStrict(false);
+  }
 };
 
 }  // namespace qxbtest

@@ -4,8 +4,9 @@
 #include <thread>
 #include <vector>
 
-#include <tests/support/reports.h>
-#include <tests/support/stderr.h>
+#include <gtest/gtest.h>
+
+#include <tests/support/capture.h>
 
 using namespace QXSystem;
 using namespace qxtest;
@@ -13,44 +14,40 @@ using namespace qxtest;
 namespace {
 
 TEST(QXDots, PrintADotForSoManyAndTheCountForEveryLine) {
-  constexpr unsigned huge = 4000000000;
+  const auto run = [](unsigned line, unsigned every, const std::vector<unsigned>& steps) {
+    return OnStderr([&] {
+      QXDots dots(line, every, "items", "read");
+      for (const unsigned step : steps) dots.Update(step);
+      dots.Total();
+    });
+  };
   const struct {
     unsigned line, every;
     std::vector<unsigned> steps;
     const char* text;
-  } cases[] = {
-      {100, 10, {25, 4}, "..\nTotal: 29 items read.\n"},
-      {100, 10, {25, 5}, "...\nTotal: 30 items read.\n"},
-      {3, 1, {7}, "... 3 items read.\n... 6 items read.\n.\nTotal: 7 items read.\n"},
-      {5, 2, {8}, "... 5 items read.\n.\nTotal: 8 items read.\n"},  // what exceeds 5 is lost
-      {0, 10, {25, 1}, "\nTotal: 26 items read.\n"},
-      {10, 0, {25, 1}, "\nTotal: 26 items read.\n"},
-      {huge,
-       huge,
-       {huge, huge - 1},
-       ". 4000000000 items read.\n\nTotal: 7999999999 items read.\n"}};
-  for (const auto& c : cases)
-    EXPECT_EQ(OnStderr([&] {
-                QXDots dots(c.line, c.every, "items", "read");
-                for (const unsigned step : c.steps) dots.Update(step);
-                dots.Total();
-              }),
-              c.text);
+  } cases[] = {{100, 10, {25}, "..\nTotal: 25 items read.\n"},
+               {100, 10, {25, 4}, "..\nTotal: 29 items read.\n"},
+               {100, 10, {25, 5}, "...\nTotal: 30 items read.\n"},
+               {3, 1, {7}, "... 3 items read.\n... 6 items read.\n.\nTotal: 7 items read.\n"},
+               {5, 2, {12}, "... 5 items read.\n... 10 items read.\n\nTotal: 12 items read.\n"},
+               {0, 10, {25, 1}, "\nTotal: 26 items read.\n"},
+               {10, 0, {25, 1}, "\nTotal: 26 items read.\n"},
+               {4000000000,
+                4000000000,
+                {3999999999, 3999999999},
+                ". 4000000000 items read.\n\nTotal: 7999999998 items read.\n"}};
+  for (const auto& c : cases) EXPECT_EQ(run(c.line, c.every, c.steps), c.text);
   EXPECT_EQ(OnStderr([] { QXDots(100, 1, nullptr, nullptr).Update('*', 3); }), "***");
   EXPECT_EQ(OnStderr([] { QXDots(100, 42, "", "").Update('*'); }), ".");
 }
 
 TEST(QXThreadedDots, RefuseWhatDoesNotCount) {
   const Reports reports;
-  EXPECT_EQ(OnStderr([] {
-              QXThreadedDots dots(100, 10, "items");
-              dots.Update(0);
-              dots.Update(25);
-              dots.Total();
-              dots.Update(1);
-              dots.Total();
-            }),
-            "..\nTotal: 25 items processed.\n");
+  const auto run = [] {
+    QXThreadedDots dots(100, 10, "items");
+    dots.Update(0), dots.Update(25), dots.Total(), dots.Update(1), dots.Total();
+  };
+  EXPECT_EQ(OnStderr(run), "..\nTotal: 25 items processed.\n");
   EXPECT_EQ(reports.GetErrorLog(),
             "level = 5\nInvalid step size of 0 for QXThreadedDots::Update\n"
             "Attempting to Update a QXThreadedDots after Total already called.\n");
