@@ -174,6 +174,12 @@ TEST(QXGaussianRNG, MakesTwoValuesOfAPair) {
   EXPECT_EQ(engine.taken, 6u);
 }
 
+TEST(QXGumbelRNG, DrawsAgainWhatHasNoLogarithm) {
+  Scripted engine({0, 1, 0.5});
+  EXPECT_DOUBLE_EQ(QXGumbelRNG(1, 2)(engine), 1 - 2 * std::log(std::log(2.)));
+  EXPECT_EQ(engine.taken, 3u);
+}
+
 TEST(QXGammaRNG, DrawsBothNumbersAgain) {
   // A second number of 0 or 1 for Cheng's method, either of 0 for Weibull's.
   Scripted cheng({0.9, 0, 0.9, 1, 0.1, 0.5}), weibull({0, 0.9, 0.9, 0, std::exp(-1.), 0.01});
