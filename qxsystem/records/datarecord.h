@@ -263,7 +263,8 @@ public:
   /// Replaces the record by what the bytes say. False for damage, with what was
   /// read before it. Nested records and children are looked at when they are
   /// asked for.
-  bool FromBytes(const QXBytes& bytes);
+  bool FromBytes(const QXBytes& bytes) { return FromBytes(bytes.data(), bytes.size()); }
+  bool FromBytes(const unsigned char* bytes, std::size_t size);
 
 protected:
   /// Called before the decoded children of a field are turned into bytes. Does

@@ -113,45 +113,46 @@ public:
 private:
   template <class V>
   QXMeta& Put(unsigned id, const V& value, bool replace);
-  QXMeta& PutBytes(unsigned id, QXBytes bytes, bool replace);
-  template <class V>
-  QXMeta& Remove(unsigned id, const V& value);
+  QXMeta& RemoveBytes(unsigned id, const QXBytes& bytes);
   const QXBytes* Find(unsigned id, unsigned index) const;
-  bool Has(unsigned id, const QXBytes& bytes) const;
+  bool HasBytes(const Attribute& attribute) const;
 
   std::vector<unsigned> options_;      // ascending, each once
   std::vector<Attribute> attributes_;  // by id, then bytes, unless set as they are
 };
 
-// The changes of QXMeta that answer the derived type.
-#define QX_META_CHANGES(Derived)                                            \
-  Derived& operator=(const QXMeta& other) override;                         \
-  Derived& SetOption(unsigned id) override;                                 \
-  Derived& SetOptions(const std::vector<unsigned>& ids) override;           \
-  Derived& RemoveOption(unsigned id) override;                              \
-  Derived& SetAttribute(unsigned id, const std::string& value) override;    \
-  Derived& SetAttribute(unsigned id, const double& value) override;         \
-  Derived& SetAttribute(unsigned id, const int& value) override;            \
-  Derived& AddAttribute(unsigned id, const std::string& value) override;    \
-  Derived& AddAttribute(unsigned id, const double& value) override;         \
-  Derived& AddAttribute(unsigned id, const int& value) override;            \
-  Derived& RemoveAttribute(unsigned id) override;                           \
-  Derived& RemoveAttribute(unsigned id, const std::string& value) override; \
-  Derived& RemoveAttribute(unsigned id, const double& value) override;      \
-  Derived& RemoveAttribute(unsigned id, const int& value) override;         \
-  Derived() = default;                                                      \
-  Derived(const Derived&) = default;                                        \
-  Derived(Derived&&) noexcept = default;                                    \
-  Derived& operator=(const Derived&) = default;                             \
-  Derived& operator=(Derived&&) noexcept = default;                         \
-  ~Derived() override
+// The changes of QXMeta, answering the derived type.
+#define QX_META_CHANGE(Derived, Change, parameters, arguments) \
+  Derived& Change parameters override {                        \
+    QXMeta::Change arguments;                                  \
+    return *this;                                              \
+  }
+#define QX_META_VALUE_CHANGES(Derived, Change)                                          \
+  QX_META_CHANGE(Derived, Change, (unsigned id, const std::string& value), (id, value)) \
+  QX_META_CHANGE(Derived, Change, (unsigned id, const double& value), (id, value))      \
+  QX_META_CHANGE(Derived, Change, (unsigned id, const int& value), (id, value))
+#define QX_META_CHANGES(Derived)                                                 \
+  Derived() = default;                                                           \
+  Derived(const Derived&) = default;                                             \
+  Derived(Derived&&) noexcept = default;                                         \
+  Derived& operator=(const Derived&) = default;                                  \
+  Derived& operator=(Derived&&) noexcept = default;                              \
+  QX_META_CHANGE(Derived, operator=, (const QXMeta& other), (other))             \
+  ~Derived() override;                                                           \
+  QX_META_CHANGE(Derived, SetOption, (unsigned id), (id))                        \
+  QX_META_CHANGE(Derived, SetOptions, (const std::vector<unsigned>& ids), (ids)) \
+  QX_META_CHANGE(Derived, RemoveOption, (unsigned id), (id))                     \
+  QX_META_VALUE_CHANGES(Derived, SetAttribute)                                   \
+  QX_META_VALUE_CHANGES(Derived, AddAttribute)                                   \
+  QX_META_CHANGE(Derived, RemoveAttribute, (unsigned id), (id))                  \
+  QX_META_VALUE_CHANGES(Derived, RemoveAttribute)
 
 class QXFieldBase;
 
 /// Metadata of a field.
 class QXSYSTEM_API QXFieldMeta : public QXMeta {
 public:
-  QX_META_CHANGES(QXFieldMeta);
+  QX_META_CHANGES(QXFieldMeta)
 
   /// Adds the name of `field` as a value of `id`, which must be one of the
   /// group Relations; else nothing.
@@ -172,12 +173,14 @@ public:
   /// A string attribute: the id of the record's source.
   static constexpr unsigned SourceID = 0x1000001;
 
-  QX_META_CHANGES(QXRecordMeta);
+  QX_META_CHANGES(QXRecordMeta)
 
   /// The name of one of the three ids, "" for others.
   static std::string GetName(unsigned id);
 };
 #undef QX_META_CHANGES
+#undef QX_META_VALUE_CHANGES
+#undef QX_META_CHANGE
 
 /// A field: a name, the type of its values and what else is known of them.
 /// Fields belong to no record.

@@ -142,8 +142,37 @@ public:
   QXBytes ReadContainer();
 
 private:
+  template <class Step>
+  bool Advance(Step step);
+  const unsigned char* TakeText(unsigned long& length, bool& isNone, unsigned long maxLength);
+  template <class Step>
+  QXBytes Raw(Step step);
+
   const unsigned char* current_ = nullptr;  // null in a buffer without bytes
   const unsigned char* end_ = nullptr;
 };
+
+template <>
+QXSYSTEM_API void QXWriteBuffer::Write(const long& value);
+template <>
+QXSYSTEM_API void QXWriteBuffer::Write(const double& value);
+template <>
+QXSYSTEM_API void QXWriteBuffer::Write(const std::string& value);
+
+template <>
+QXSYSTEM_API long QXReadBuffer::Read();
+template <>
+QXSYSTEM_API double QXReadBuffer::Read();
+template <>
+QXSYSTEM_API std::string QXReadBuffer::Read();
+template <>
+QXSYSTEM_API bool QXReadBuffer::Read();
+
+template <>
+QXSYSTEM_API QXBytes QXReadBuffer::ReadRawBytes<long>();
+template <>
+QXSYSTEM_API QXBytes QXReadBuffer::ReadRawBytes<double>();
+template <>
+QXSYSTEM_API QXBytes QXReadBuffer::ReadRawBytes<std::string>();
 
 }  // namespace QXDataFlow

@@ -53,4 +53,14 @@ bool VisitBuiltIn(std::string_view name, Visitor&& visit) {
       builtIns);
 }
 
+/// A type's name in its parts.
+struct TypeName {
+  std::string_view space;  ///< in front of the last ":"; empty without one
+  std::string_view type;
+};
+
+/// Splits at the last ":", unless a user type is registered under the whole
+/// text.
+TypeName SplitTypeName(std::string_view type);
+
 }  // namespace QXDataFlow
