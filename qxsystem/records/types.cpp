@@ -113,10 +113,6 @@ bool QXRange::operator==(const QXRange& other) const {
   return low_ == other.low_ && high_ == other.high_ && inclusivity_ == other.inclusivity_;
 }
 
-// ---- JSON objects ----
-
-QXLinkObject::QXLinkObject(const std::string& text) : QXJSONObject(text) {}
-
 // ---- Encodings of the types that are not plain data ----
 
 // Text: bounds that are absent are "null". The third number says which of both
