@@ -17,6 +17,9 @@ namespace QXDataFlow {
 
 class QXRecordImpl;
 
+/// Begins the names of the fields that the library adds to records on its own.
+constexpr char QX_PREFIX[] = "__qx__";
+
 /// What `QXRecord::CheckField` answers.
 namespace QXFieldStatus {
 constexpr int HasValue = 0;
@@ -140,11 +143,11 @@ public:
   template <class T>
   bool GetValue(std::vector<T>& value, const QXVectorField<T>& field) const;
 
-  /// The value converted, element by element: `GetValue<float>(floatField)`, and
-  /// for vectors `int` and `unsigned` from `long`, `float` from `double`.
-  template <class To, class T, class = std::enable_if_t<!std::is_same_v<To, T>>>
+  /// The value converted, element by element, to a type that widens to T:
+  /// `GetValue<float>(floatField)`. Absent elements become 0.
+  template <class To, class T, class = std::enable_if_t<QXWidens<To, T>>>
   To GetValue(const QXField<T>& field) const;
-  template <class To, class T, class = std::enable_if_t<!std::is_same_v<To, T>>>
+  template <class To, class T, class = std::enable_if_t<QXWidens<To, T>>>
   std::vector<To> GetValue(const QXVectorField<T>& field) const;
 
   /// Sets the value of a field, which is added if it is not there. False for a
@@ -272,7 +275,12 @@ protected:
   virtual void FixChildCache(QXFieldBase field) const;
 
 private:
+  friend class QXRecordImpl;
+
   QXRecordImpl& Impl() const;
+  bool CopyFrom(const QXRecord& other);
+  void DropSourceID();
+  bool UnloadChildren() const;
 
   mutable std::unique_ptr<QXRecordImpl> impl_;  // null while the record has nothing in it
 };

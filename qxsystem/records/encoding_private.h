@@ -62,6 +62,9 @@ inline std::size_t IntSize(long value) {
 inline std::size_t IntSize(std::size_t value) {
   return IntSize(static_cast<long>(value));
 }
+inline std::size_t IntSize(std::uint32_t value) {
+  return IntSize(long{value});
+}
 
 inline unsigned char* StoreInt(unsigned char* at, long value) {
   if (IsShortInt(value)) {
@@ -74,6 +77,9 @@ inline unsigned char* StoreInt(unsigned char* at, long value) {
 }
 inline unsigned char* StoreInt(unsigned char* at, std::size_t value) {
   return StoreInt(at, static_cast<long>(value));
+}
+inline unsigned char* StoreInt(unsigned char* at, std::uint32_t value) {
+  return StoreInt(at, long{value});
 }
 
 /// A text, or a blob: its length and its bytes.
@@ -252,6 +258,22 @@ public:
   bool Section(std::string_view& tag, Cursor& payload) {
     bool isNone;
     return Section(tag, payload, isNone, MaxTag) && !isNone;
+  }
+
+  /// Steps over a value that is kept encoded. Of an integer as many bytes are
+  /// passed as its prefix says, whether it is one or not.
+  bool PassInt() {
+    const unsigned char* byte;
+    return Take(1, byte) && (*byte < 0x80 || Take(*byte & 0x7FU, byte));
+  }
+  bool PassFloat() {
+    const unsigned char* bytes;
+    return Take(sizeof(double), bytes);
+  }
+  bool PassText() {
+    std::string_view text;
+    bool isNone;
+    return Text(text, isNone);
   }
 
 private:

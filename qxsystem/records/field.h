@@ -83,8 +83,9 @@ public:
   double GetFloatAttribute(unsigned id, unsigned index = 0) const;
   std::string GetStrAttribute(unsigned id, unsigned index = 0) const;
 
-  /// The attributes of `id`, 0 for all.
-  std::vector<Attribute> GetAttributes(unsigned id = 0) const;
+  /// All attributes; those of `id`, which is 0 for all.
+  const std::vector<Attribute>& GetAttributes() const { return attributes_; }
+  std::vector<Attribute> GetAttributes(unsigned id) const;
 
   /// The encoded values of `id`.
   std::vector<QXBytes> GetAttributeBytes(unsigned id) const;

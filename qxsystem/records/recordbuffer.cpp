@@ -211,25 +211,15 @@ QXBytes QXReadBuffer::Raw(Step step) {
 
 template <>
 QXBytes QXReadBuffer::ReadRawBytes<long>() {
-  return Raw([](Cursor& from) {
-    const unsigned char* byte;
-    return from.Take(1, byte) && (*byte < 0x80 || from.Take(*byte & 0x7FU, byte));
-  });
+  return Raw([](Cursor& from) { return from.PassInt(); });
 }
 template <>
 QXBytes QXReadBuffer::ReadRawBytes<double>() {
-  return Raw([](Cursor& from) {
-    const unsigned char* bytes;
-    return from.Take(sizeof(double), bytes);
-  });
+  return Raw([](Cursor& from) { return from.PassFloat(); });
 }
 template <>
 QXBytes QXReadBuffer::ReadRawBytes<std::string>() {
-  return Raw([](Cursor& from) {
-    std::string_view text;
-    bool isNone;
-    return from.Text(text, isNone);
-  });
+  return Raw([](Cursor& from) { return from.PassText(); });
 }
 
 bool QXReadBuffer::Unwrap(std::string& tag, QXReadBuffer& content) {

@@ -42,6 +42,11 @@ inline constexpr std::tuple builtIns{
 template <class Handler>
 constexpr const BuiltIn<Handler>& Row = std::get<BuiltIn<Handler>>(builtIns);
 
+template <class Handler>
+constexpr const char* NameOf(const Handler&) {
+  return Row<Handler>.name;
+}
+
 /// Calls `visit(*row.handler)` for the built-in type called `name`, with the
 /// handler's own class. False, without a call, for any other name.
 template <class Visitor>
