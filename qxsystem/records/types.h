@@ -18,7 +18,7 @@
 
 namespace QXDataFlow {
 
-class QXRecord;
+class QXSYSTEM_API QXRecord;  // exported here: what is made of it is exported only then
 
 using QXBytes = std::vector<unsigned char>;
 
