@@ -281,6 +281,7 @@ private:
   bool CopyFrom(const QXRecord& other);
   void DropSourceID();
   bool UnloadChildren() const;
+  bool Unload() const;
 
   mutable std::unique_ptr<QXRecordImpl> impl_;  // null while the record has nothing in it
 };

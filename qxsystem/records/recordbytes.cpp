@@ -30,11 +30,10 @@ public:
   }
 
 private:
-  // A value, its place in the record's block of values; or null.
   struct Value {
     std::uint32_t index;
     bool isNull;
-    Span span;
+    ValueBytes bytes;
   };
 
   struct Section {
@@ -74,9 +73,8 @@ private:
       if (!from.Text(name) || !from.Number(index) || index == RecordIndex || !from.Text(type) ||
           !from.Bool(nullable, isNone))
         return false;
-      FieldEntry& entry =
-          record_.fields.try_emplace(record_.fields.end(), std::string(name))->second;
-      entry = FieldEntry();
+      FieldEntry& entry = record_.fields.Add(name);
+      entry.Reset();
       entry.index = index;
       entry.nullable = nullable;
       const TypeName split = SplitTypeName(type);
@@ -130,15 +128,15 @@ private:
 
   bool ReadData(Cursor from) {
     const unsigned char* const begin = from.At();
-    const std::size_t offset = record_.values.size();
-    Append(record_.values, begin, from.Left());
+    unsigned char* const copy = record_.Take(from.Left());
+    StoreBytes(copy, begin, from.Left());
+    values_.reserve(16);
     while (from.Left() != 0) {
       std::uint32_t index;
       std::string_view bytes;
       bool isNull;
       if (!from.Number(index) || !from.Text(bytes, isNull)) return false;
-      const auto behind = static_cast<std::size_t>(from.At() - begin);
-      values_.push_back({index, isNull, {offset + behind - bytes.size(), bytes.size()}});
+      values_.push_back({index, isNull, {copy + (from.At() - begin) - bytes.size(), bytes.size()}});
     }
     return true;
   }
@@ -156,42 +154,54 @@ private:
   }
 
   // Gives the fields what was read for their indices. False if two have one
-  // index, of which one is deleted.
+  // index, of which the second is deleted.
   bool Assign() {
-    fields_ = record_.ByIndex();
-    bool isUnique = true;
-    for (std::size_t i = 1; i < fields_.size(); ++i)
-      if (fields_[i]->second.index == fields_[i - 1]->second.index) {
-        record_.fields.erase(record_.fields.find(std::exchange(fields_[i], fields_[i - 1])->first));
-        isUnique = false;
-      }
+    if (!MapIndices()) return false;
     for (const Value& value : values_) {
       FieldEntry* entry = Find(value.index);
       if (entry == nullptr) continue;
       entry->hasBytes = true;
       entry->isNull = entry->isNull || value.isNull;
-      entry->value = value.span;
+      entry->value = value.bytes;
     }
-    for (auto& [index, meta] : metas_)
-      if (FieldEntry* entry = meta.IsEmpty() ? nullptr : Find(index))
-        entry->Extras().meta = std::move(meta);
-      else if (index == RecordIndex)
+    for (auto& [index, meta] : metas_) {
+      if (index == RecordIndex) {
         record_.Meta() = static_cast<const QXMeta&>(meta);
+      } else if (FieldEntry* entry = Find(index)) {
+        entry->Extras().meta = std::move(meta);
+      }
+    }
     for (const auto& [index, bytes] : children_)
       if (FieldEntry* entry = Find(index))
         entry->Extras().children.assign(bytes.begin(), bytes.end());
-    return isUnique;
+    return true;
+  }
+
+  // Most indices are as small as if no field was ever deleted, and have their
+  // place in a table.
+  bool MapIndices() {
+    std::vector<FieldEntry*> twice;
+    small_.resize(2 * record_.fields.Size() + 16);
+    for (FieldEntry& entry : record_.fields) {
+      FieldEntry*& place = entry.index < small_.size() ? small_[entry.index] : large_[entry.index];
+      if (place == nullptr)
+        place = &entry;
+      else
+        twice.push_back(&entry);
+    }
+    for (const FieldEntry* entry : twice) record_.fields.Erase(*entry);
+    return twice.empty();
   }
 
   FieldEntry* Find(std::uint32_t index) const {
-    const auto place = std::lower_bound(
-        fields_.begin(), fields_.end(), index,
-        [](const NamedField* field, std::uint32_t key) { return field->second.index < key; });
-    return place != fields_.end() && (*place)->second.index == index ? &(*place)->second : nullptr;
+    if (index < small_.size()) return small_[index];
+    const auto place = large_.find(index);
+    return place != large_.end() ? place->second : nullptr;
   }
 
   QXRecordImpl& record_;
-  std::vector<NamedField*> fields_;  // by index
+  std::vector<FieldEntry*> small_;  // fields by index
+  std::map<std::uint32_t, FieldEntry*> large_;
   std::vector<Value> values_;
   std::map<std::uint32_t, QXFieldMeta> metas_;
   std::map<std::uint32_t, std::string_view> children_;
@@ -222,11 +232,6 @@ unsigned char* StoreMeta(unsigned char* at, std::uint32_t index, const QXMeta& m
   return at;
 }
 
-// The payloads of the sections that are tables.
-struct Sizes {
-  std::size_t fields = 0, meta = 0, data = 0, children = 0;
-};
-
 // A section with nothing in it is left out.
 std::size_t TableSize(std::string_view tag, std::size_t payload) {
   return payload != 0 ? SectionSize(tag, payload) : 0;
@@ -249,67 +254,75 @@ bool QXRecordImpl::Read(QXRecord& record, Cursor payload) {
 bool QXRecordImpl::Read(Cursor payload) {
   const bool isWhole = Reader(*this).Read(payload);
   lastIndexKnown_ = false;
-  dead_ = values.size();
-  for (const auto& [name, entry] : fields) dead_ -= entry.value.size;
+  dead_ = size_;
+  for (const FieldEntry& entry : fields) dead_ -= entry.value.size;
   return isWhole;
 }
 
-// Sizes first, then all bytes into room that is exactly as large.
-void QXRecordImpl::Write(QXBytes& out) {
-  Sizes sizes;
-  std::vector<const FieldEntry*> parents;
-  for (const auto& [name, entry] : fields) {
+bool QXRecordImpl::Write(const QXRecord& record, QXPlatform::qxostream& out) {
+  if (!record.Unload()) return false;
+  const RecordSizes sizes = record.Impl().Sizes();
+  const std::unique_ptr<unsigned char[]> bytes(new unsigned char[sizes.whole]);
+  record.Impl().Store(bytes.get(), sizes);
+  return out.write(bytes.get(), sizes.whole) == sizes.whole;
+}
+
+RecordSizes QXRecordImpl::Sizes() const {
+  RecordSizes sizes;
+  for (const FieldEntry& entry : fields) {
     const std::size_t index = IntSize(entry.index);
-    sizes.fields += TextSize(name.size()) + index + TextSize(entry.type.size()) + 1;
+    sizes.fields += TextSize(entry.name.size()) + index + TextSize(entry.type.size()) + 1;
     if (entry.HasMeta()) sizes.meta += MetaSize(entry.index, entry.extras->meta);
     if (entry.isNull)
       sizes.data += index + 1;
     else if (entry.hasBytes)
       sizes.data += index + TextSize(entry.value.size);
-    if (!entry.HasChildren()) continue;
-    sizes.children += index + TextSize(entry.extras->children.size());
-    parents.push_back(&entry);
+    if (entry.HasChildren()) sizes.children += index + TextSize(entry.extras->children.size());
   }
   if (meta && !meta->IsEmpty()) sizes.meta += MetaSize(RecordIndex, *meta);
-  const std::size_t size = SectionSize(VersionTag, TextSize(RecordVersion.size())) +
-                           TableSize(FieldsTag, sizes.fields) + TableSize(MetaTag, sizes.meta) +
-                           TableSize(DataTag, sizes.data) + TableSize(ChildrenTag, sizes.children) +
-                           unknown.size();
+  sizes.payload = SectionSize(VersionTag, TextSize(RecordVersion.size())) +
+                  TableSize(FieldsTag, sizes.fields) + TableSize(MetaTag, sizes.meta) +
+                  TableSize(DataTag, sizes.data) + TableSize(ChildrenTag, sizes.children) +
+                  unknown.size();
+  sizes.whole = SectionSize(RecordTag, sizes.payload);
+  return sizes;
+}
 
-  unsigned char* at = Grow(out, SectionSize(RecordTag, size));
-  at = StoreSectionHead(at, RecordTag, size);
+void QXRecordImpl::Store(unsigned char* at, const RecordSizes& sizes) const {
+  at = StoreSectionHead(at, RecordTag, sizes.payload);
   at = StoreSectionHead(at, VersionTag, TextSize(RecordVersion.size()));
   at = StoreText(at, RecordVersion);
 
   at = StoreTableHead(at, FieldsTag, sizes.fields);
-  for (const auto& [name, entry] : fields) {
-    at = StoreText(StoreInt(StoreText(at, name), entry.index), entry.type);
+  for (const FieldEntry& entry : fields) {
+    at = StoreText(StoreInt(StoreText(at, entry.name), entry.index), entry.type);
     *at++ = entry.nullable ? 1 : 0;
   }
 
-  at = StoreTableHead(at, MetaTag, sizes.meta);
   if (sizes.meta != 0) {
-    for (const auto& [name, entry] : fields)
+    at = StoreSectionHead(at, MetaTag, sizes.meta);
+    for (const FieldEntry& entry : fields)
       if (entry.HasMeta()) at = StoreMeta(at, entry.index, entry.extras->meta);
     if (meta && !meta->IsEmpty()) at = StoreMeta(at, RecordIndex, *meta);
   }
 
   at = StoreTableHead(at, DataTag, sizes.data);
-  for (const auto& [name, entry] : fields) {
+  for (const FieldEntry& entry : fields) {
     if (!entry.isNull && !entry.hasBytes) continue;
     at = StoreInt(at, entry.index);
     if (entry.isNull)
       *at++ = NoneByte;
     else
-      at = StoreText(at, Bytes(entry), entry.value.size);
+      at = StoreText(at, entry.value.data, entry.value.size);
   }
 
-  at = StoreTableHead(at, ChildrenTag, sizes.children);
-  std::sort(parents.begin(), parents.end(),
-            [](const FieldEntry* a, const FieldEntry* b) { return FieldEntryComparison(*a, *b); });
-  for (const FieldEntry* entry : parents)
-    at = StoreText(StoreInt(at, entry->index), entry->extras->children.data(),
-                   entry->extras->children.size());
+  if (sizes.children != 0) {
+    at = StoreSectionHead(at, ChildrenTag, sizes.children);
+    for (const FieldEntry* entry : ByIndex())
+      if (entry->HasChildren())
+        at = StoreText(StoreInt(at, entry->index), entry->extras->children.data(),
+                       entry->extras->children.size());
+  }
   StoreBytes(at, unknown.data(), unknown.size());
 }
 

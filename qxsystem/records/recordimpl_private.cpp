@@ -11,30 +11,7 @@
 
 namespace QXDataFlow {
 
-// ---- Memory for nodes ----
-
-NodePool::~NodePool() {
-  while (chunks_ != nullptr) ::operator delete(std::exchange(chunks_, chunks_->next));
-}
-
-void NodePool::AddChunk(std::size_t nodeSize) {
-  void* chunk = ::operator new(sizeof(Link) + nextNodes_ * nodeSize);
-  chunks_ = new (chunk) Link{chunks_};
-  auto* const nodes = reinterpret_cast<unsigned char*>(chunks_ + 1);
-  for (std::size_t i = nextNodes_; i > 0; --i) Free(nodes + (i - 1) * nodeSize);
-  nextNodes_ *= 2;
-}
-
-// ---- Entries ----
-
 namespace {
-
-// The name of a built-in type as it stands in their table; empty for others.
-std::string_view BuiltInName(std::string_view name) {
-  std::string_view known;
-  VisitBuiltIn(name, [&](const auto& handler) { known = NameOf(handler); });
-  return known;
-}
 
 const QXFieldTypeHandler* FindHandler(std::string_view type) {
   const QXFieldTypeHandler* found = nullptr;
@@ -52,8 +29,8 @@ bool TakeTail(std::string_view& text, std::string_view tail) {
 // What records in the course of destruction still have to let go of.
 thread_local std::vector<std::shared_ptr<void>>* dying = nullptr;
 
-void MoveObjects(FieldMap& fields, std::vector<std::shared_ptr<void>>& to) {
-  for (auto& [name, entry] : fields) {
+void MoveObjects(FieldTable& fields, std::vector<std::shared_ptr<void>>& to) {
+  for (FieldEntry& entry : fields) {
     if (!entry.extras) continue;
     if (entry.extras->object) to.push_back(std::move(entry.extras->object));
     if (!entry.extras->childCache) continue;
@@ -63,41 +40,21 @@ void MoveObjects(FieldMap& fields, std::vector<std::shared_ptr<void>>& to) {
 
 }  // namespace
 
-void FieldEntry::SetType(std::string_view space, std::string_view name) {
-  type = space.empty() ? BuiltInName(name) : std::string_view();
-  if (!type.empty()) return;
-  std::string& full = Extras().type;
-  extras->typeSpace = space.size();
-  full.assign(space).append(space.empty() ? "" : ":").append(name);
-  type = full;
-}
-
-void FieldEntry::SetCache(std::shared_ptr<void> object, bool isClean) {
-  Extras().object = std::move(object);
-  extras->isCached = true;
-  extras->isClean = isClean;
-}
-
-void FieldEntry::DropCache() {
-  if (!extras) return;
-  extras->isCached = extras->isClean = false;
-  extras->object.reset();
-}
-
 // ---- The record ----
 
 QXRecordImpl::QXRecordImpl(const QXRecordImpl& other)
-    : values(other.values),
-      unknown(other.unknown),
+    : unknown(other.unknown),
       meta(other.meta ? std::make_unique<QXRecordMeta>(*other.meta) : nullptr),
-      dead_(other.dead_),
       lastIndex_(other.lastIndex_),
       lastIndexKnown_(other.lastIndexKnown_) {
-  for (const auto& [name, from] : other.fields) {
-    FieldEntry& entry = fields.try_emplace(fields.end(), name)->second;
-    std::tie(entry.index, entry.nullable, entry.readonly, entry.isNull, entry.hasBytes, entry.type,
-             entry.value) = std::tie(from.index, from.nullable, from.readonly, from.isNull,
-                                     from.hasBytes, from.type, from.value);
+  unsigned char* room = Take(other.size_ - other.dead_);
+  for (const FieldEntry& from : other.fields) {
+    FieldEntry& entry = fields.Add(from.name);
+    std::tie(entry.index, entry.nullable, entry.readonly, entry.isNull, entry.hasBytes,
+             entry.type) =
+        std::tie(from.index, from.nullable, from.readonly, from.isNull, from.hasBytes, from.type);
+    entry.value = {room, from.value.size};
+    room = StoreBytes(room, from.value.data, from.value.size);
     if (!from.extras) continue;
     FieldExtras& extras = entry.Extras();
     extras.type = from.extras->type;
@@ -105,10 +62,8 @@ QXRecordImpl::QXRecordImpl(const QXRecordImpl& other)
     if (from.HasOwnType()) entry.type = extras.type;
     extras.meta = from.extras->meta;
     extras.children = from.extras->children;
-    if (from.extras->isCached && !from.extras->isClean) {
-      extras.isCached = true;
-      extras.object = from.extras->object;
-    }
+    if (from.extras->isCached && !from.extras->isClean)
+      entry.SetCache(from.extras->object, /*isClean=*/false);
   }
 }
 
@@ -133,6 +88,7 @@ QXRecordImpl::~QXRecordImpl() {
 // ---- Fields ----
 
 bool QXRecordImpl::TypeMatches(const FieldEntry& entry, const QXFieldBase& field) {
+  if (IsSameText(entry.type, field.type_) && field.typeNamespace_.empty()) return true;
   std::string_view stored = entry.type;
   return TakeTail(stored, field.type_) &&
          (field.typeNamespace_.empty() ||
@@ -143,75 +99,74 @@ bool QXRecordImpl::IsMetaMatch(const FieldEntry& entry, const QXFieldBase& field
   return field.meta_.IsSubsetOf(entry.extras ? entry.extras->meta : QXFieldMeta());
 }
 
-NamedField* QXRecordImpl::Resolve(const QXFieldBase& field) {
+FieldEntry* QXRecordImpl::Resolve(const QXFieldBase& field) {
   if (field.metaMatch_) {
     const std::string type = field.GetTypeName();
-    for (NamedField& place : fields)
-      if (place.second.type == type && IsMetaMatch(place.second, field)) return &place;
+    for (FieldEntry& entry : fields)
+      if (entry.type == type && IsMetaMatch(entry, field)) return &entry;
   }
-  const auto place = fields.find(field.name_);
-  return place != fields.end() ? &*place : nullptr;
+  return fields.Find(field.name_);
 }
 
-NamedField* QXRecordImpl::Find(const QXFieldBase& field) {
-  NamedField* place = Resolve(field);
-  return place != nullptr && TypeMatches(place->second, field) ? place : nullptr;
+FieldEntry* QXRecordImpl::Find(const QXFieldBase& field) {
+  FieldEntry* entry = Resolve(field);
+  return entry != nullptr && TypeMatches(*entry, field) ? entry : nullptr;
 }
 
-NamedField* QXRecordImpl::SetField(const QXFieldBase& field, bool isNull) {
-  NamedField* place = field.metaMatch_ ? Resolve(field) : nullptr;
-  if (place == nullptr) place = &*fields.try_emplace(field.name_).first;
-  FieldEntry& entry = place->second;
+FieldEntry* QXRecordImpl::SetField(const QXFieldBase& field, bool isNull) {
+  FieldEntry* found = field.metaMatch_ ? Resolve(field) : nullptr;
+  FieldEntry& entry = found != nullptr ? *found : fields.Add(field.name_);
   const bool isKnown = entry.index != 0 && TypeMatches(entry, field);
   if (isKnown && field.metaMatch_) {
     entry.Extras().meta.Merge(field.meta_);
     entry.isNull = isNull;
-    return place;
+    return &entry;
   }
   if (!isKnown) {
     const std::uint32_t index = NextIndex();
     if (index == 0) {
-      if (entry.index == 0) fields.erase(fields.find(place->first));
+      if (entry.index == 0) fields.Erase(entry);
       return nullptr;
     }
     DropValue(entry);
-    entry = FieldEntry();
+    entry.Reset();
     entry.index = lastIndex_ = index;
   }
-  for (const unsigned option : field.meta_.GetOptions()) RemoveElsewhere(option, *place);
-  entry.SetType(field.typeNamespace_, field.type_);
+  for (const unsigned option : field.meta_.GetOptions()) RemoveElsewhere(option, entry);
+  if (!field.typeNamespace_.empty() || !IsSameText(entry.type, field.type_))
+    entry.SetType(field.typeNamespace_, field.type_);
   entry.nullable = field.nullable_;
   entry.readonly = field.readonly_;
   entry.isNull = isNull;
   if (entry.HasMeta() || !field.meta_.IsEmpty()) entry.Extras().meta = field.meta_;
-  return place;
+  return &entry;
 }
 
 // An option that only one field may have leaves the others.
-void QXRecordImpl::RemoveElsewhere(unsigned option, const NamedField& place) {
+void QXRecordImpl::RemoveElsewhere(unsigned option, const FieldEntry& entry) {
   const unsigned mask = QXMetadata::QXGetMetaPerRecordMask(option);
   if (mask == 0) return;
-  for (NamedField& other : fields) {
-    if (&other == &place || !other.second.HasMeta()) continue;
-    QXFieldMeta& held = other.second.extras->meta;
+  for (FieldEntry& other : fields) {
+    if (&other == &entry || !other.HasMeta()) continue;
+    QXFieldMeta& held = other.extras->meta;
     const std::vector<unsigned> options = held.GetOptions();
     for (const unsigned present : options)
       if ((present & mask) == (option & mask)) held.RemoveOption(present);
   }
 }
 
-void QXRecordImpl::Erase(const NamedField& place) {
-  if (place.second.hasBytes) dead_ += place.second.value.size;
-  if (place.second.index == lastIndex_) lastIndexKnown_ = false;
-  fields.erase(fields.find(place.first));
+void QXRecordImpl::Erase(const FieldEntry& entry) {
+  if (entry.index == lastIndex_) lastIndexKnown_ = false;
+  dead_ += entry.value.size;
+  fields.Erase(entry);
 }
 
 void QXRecordImpl::Clear() {
-  fields.clear();
-  values.clear();
+  fields.Clear();
+  values_.Clear();
   unknown.clear();
   meta.reset();
-  dead_ = 0;
+  size_ = dead_ = 0;
   lastIndex_ = 0;
   lastIndexKnown_ = true;
 }
@@ -219,73 +174,69 @@ void QXRecordImpl::Clear() {
 std::uint32_t QXRecordImpl::NextIndex() {
   if (!lastIndexKnown_) {
     lastIndex_ = 0;
-    for (const auto& [name, entry] : fields) lastIndex_ = std::max(lastIndex_, entry.index);
+    for (const FieldEntry& entry : fields) lastIndex_ = std::max(lastIndex_, entry.index);
     lastIndexKnown_ = true;
   }
   const bool isLeft = lastIndex_ < std::numeric_limits<std::uint32_t>::max();
   return isLeft ? lastIndex_ + 1 : 0;
 }
 
-QXFieldBase QXRecordImpl::MakeField(const NamedField& place) {
-  const FieldEntry& entry = place.second;
+QXFieldBase QXRecordImpl::MakeField(const FieldEntry& entry) {
   const std::size_t space = entry.HasOwnType() ? entry.extras->typeSpace : 0;
   return {std::string(entry.type.substr(space != 0 ? space + 1 : 0)),
           std::string(entry.type.substr(0, space)),
-          place.first,
+          entry.name,
           entry.extras ? entry.extras->meta : QXFieldMeta(),
           entry.readonly,
           entry.nullable};
 }
 
-std::vector<NamedField*> QXRecordImpl::ByIndex() {
-  std::vector<NamedField*> places;
-  places.reserve(fields.size());
-  for (NamedField& place : fields) places.push_back(&place);
-  std::sort(places.begin(), places.end(), [](const NamedField* a, const NamedField* b) {
-    return FieldEntryComparison(a->second, b->second);
-  });
-  return places;
+std::vector<FieldEntry*> QXRecordImpl::ByIndex() const {
+  std::vector<FieldEntry*> entries;
+  entries.reserve(fields.Size());
+  for (FieldEntry& entry : fields) entries.push_back(&entry);
+  std::sort(entries.begin(), entries.end(),
+            [](const FieldEntry* a, const FieldEntry* b) { return FieldEntryComparison(*a, *b); });
+  return entries;
 }
 
 // ---- Values ----
 
-QXBytes& QXRecordImpl::StartValue() {
-  if (values.capacity() == 0) values.reserve(256);
-  return values;
+unsigned char* QXRecordImpl::Take(std::size_t size) {
+  unsigned char* room = values_.Take(size);
+  size_ += size;
+  return room;
 }
 
-void QXRecordImpl::TakeValue(FieldEntry& entry, std::size_t start) {
-  const std::size_t size = values.size() - start;
+unsigned char* QXRecordImpl::ValueRoom(FieldEntry& entry, std::size_t size) {
   if (entry.hasBytes && size <= entry.value.size) {
-    StoreBytes(values.data() + entry.value.offset, values.data() + start, size);
-    values.resize(start);
     dead_ += entry.value.size - size;
     entry.value.size = size;
   } else {
+    unsigned char* room = Take(size);
     DropValue(entry);
-    entry.value = {start, size};
+    entry.value = {room, size};
+    entry.hasBytes = true;
+    if (dead_ > 1024 && dead_ > size_ / 2) Compact();
   }
-  entry.hasBytes = true;
-  if (dead_ > 1024 && dead_ > values.size() / 2) Compact();
+  return entry.value.data;
 }
 
 void QXRecordImpl::DropValue(FieldEntry& entry) {
-  if (entry.hasBytes) dead_ += entry.value.size;
+  dead_ += entry.value.size;
   entry.hasBytes = false;
   entry.value = {};
 }
 
 void QXRecordImpl::Compact() {
-  QXBytes live;
-  live.reserve(values.size() - dead_);
-  for (auto& [name, entry] : fields) {
-    if (!entry.hasBytes) continue;
-    const std::size_t offset = live.size();
-    Append(live, Bytes(entry), entry.value.size);
-    entry.value.offset = offset;
+  Arena live;
+  unsigned char* room = live.Take(size_ - dead_);
+  for (FieldEntry& entry : fields) {
+    unsigned char* const value = std::exchange(entry.value.data, room);
+    room = StoreBytes(room, value, entry.value.size);
   }
-  values = std::move(live);
-  dead_ = 0;
+  values_.Swap(live);
+  size_ -= std::exchange(dead_, 0);
 }
 
 bool QXRecordImpl::UnloadValue(FieldEntry& entry) {
@@ -295,21 +246,19 @@ bool QXRecordImpl::UnloadValue(FieldEntry& entry) {
   const QXBytes bytes = handler->PtrToBytes(entry.extras->object.get());
   const bool isRecord = handler == &Types::Record || handler == &Types::RecordVec;
   if (bytes.empty() && isRecord) return false;
-  const std::size_t start = StartValue().size();
-  AppendValue(values, bytes);
-  TakeValue(entry, start);
+  StoreValue(ValueRoom(entry, bytes.size()), bytes);
   entry.extras->isClean = true;
   return true;
 }
 
 bool QXRecordImpl::UnloadValues() {
   bool isDone = true;
-  for (auto& [name, entry] : fields) isDone = UnloadValue(entry) && isDone;
+  for (FieldEntry& entry : fields) isDone = UnloadValue(entry) && isDone;
   return isDone;
 }
 
 void QXRecordImpl::DropCaches() {
-  for (auto& [name, entry] : fields) {
+  for (FieldEntry& entry : fields) {
     entry.DropCache();
     if (entry.extras) entry.extras->childCache.reset();
   }
@@ -382,7 +331,7 @@ bool QXRecordImpl::UnloadChildren(FieldEntry& entry) {
 
 bool QXRecordImpl::UnloadChildren() {
   bool isDone = true;
-  for (auto& [name, entry] : fields) isDone = UnloadChildren(entry) && isDone;
+  for (FieldEntry& entry : fields) isDone = UnloadChildren(entry) && isDone;
   return isDone;
 }
 

@@ -71,9 +71,7 @@ QXBytes QXReadRecordBytes(qxistream& in) {
 }
 
 bool QXWriteRecord(qxostream& out, const QXRecord& record, const std::string& format) {
-  if (!IsBinary(format)) return false;
-  const QXBytes bytes = record.ToBytes();
-  return !bytes.empty() && out.write(bytes.data(), bytes.size()) == bytes.size();
+  return IsBinary(format) && QXRecordImpl::Write(record, out);
 }
 
 bool QXReadRecord(QXRecord& record, qxistream& in, const std::string& format) {
