@@ -8,8 +8,9 @@
 
 namespace QXDataFlow {
 
-/// Gives out memory that stays where it is until `Clear`. Small pieces share
-/// chunks, which grow with their number; a large one has a chunk of its own.
+/// Gives out memory that stays where it is until `Clear`, aligned for any type.
+/// Small pieces share chunks, which grow with their number; a large one has a
+/// chunk of its own.
 class Arena {
 public:
   Arena() = default;
@@ -17,19 +18,19 @@ public:
   Arena(const Arena&) = delete;
   Arena& operator=(const Arena&) = delete;
 
-  /// `size` bytes, not initialised. They are aligned for any type if the sizes
-  /// of all pieces are multiples of that.
+  /// `size` bytes, not initialised.
   unsigned char* Take(std::size_t size) {
+    constexpr std::size_t unit = alignof(std::max_align_t);
+    size = (size + unit - 1) / unit * unit;
     if (size > left_) return TakeChunk(size);
     left_ -= size;
     return std::exchange(at_, at_ + size);
   }
 
-  void Swap(Arena& other) {
-    std::swap(chunks_, other.chunks_);
-    std::swap(at_, other.at_);
-    std::swap(left_, other.left_);
-    std::swap(chunkSize_, other.chunkSize_);
+  /// Sees to it that pieces of `size` bytes in all come from one chunk, if none
+  /// of them is large.
+  void Reserve(std::size_t size) {
+    if (size > left_) UseChunk(size);
   }
 
   void Clear() {
@@ -43,19 +44,23 @@ private:
   struct alignas(std::max_align_t) Chunk {
     Chunk* next;
   };
-  static constexpr std::size_t FirstChunk = 240, LargestChunk = 4096;
+  static constexpr std::size_t FirstChunk = 512, LargestChunk = 8192;
 
   unsigned char* AddChunk(std::size_t size) {
     chunks_ = new (::operator new(sizeof(Chunk) + size)) Chunk{chunks_};
     return reinterpret_cast<unsigned char*>(chunks_ + 1);
   }
 
+  void UseChunk(std::size_t size) {
+    at_ = AddChunk(size);
+    left_ = size;
+  }
+
   unsigned char* TakeChunk(std::size_t size) {
     if (size > chunkSize_ / 2) return AddChunk(size);
-    at_ = AddChunk(chunkSize_);
-    left_ = chunkSize_ - size;
+    UseChunk(chunkSize_);
     chunkSize_ = std::min(2 * chunkSize_, LargestChunk);
-    return std::exchange(at_, at_ + size);
+    return Take(size);
   }
 
   Chunk* chunks_ = nullptr;

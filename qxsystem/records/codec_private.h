@@ -221,13 +221,15 @@ bool DecodeVector(std::vector<E>& values, const unsigned char* bytes, std::size_
   std::size_t count;
   if (!from.Count(count, MinElementSize<T>)) return false;
   if constexpr (std::is_same_v<E, double>) {
-    const auto first = static_cast<std::ptrdiff_t>(values.size());
-    values.resize(values.size() + count);
-    StoreBytes(reinterpret_cast<unsigned char*>(values.data() + first), from.At(),
-               count * sizeof(double));
-    std::for_each(values.begin() + first, values.end(), [](double& value) {
-      if (__builtin_bit_cast(std::uint64_t, value) == NoneFloat) value = 0.0;
-    });
+    const std::size_t first = values.size();
+    values.resize(first + count);
+    double* const added = values.data() + first;
+    StoreBytes(reinterpret_cast<unsigned char*>(added), from.At(), count * sizeof(double));
+    // NaNs are few; looking for any is quicker than for one of certain bits.
+    std::size_t nans = 0;
+    for (std::size_t i = 0; i < count; ++i) nans += added[i] != added[i];
+    for (std::size_t i = 0; nans != 0 && i < count; ++i)
+      if (__builtin_bit_cast(std::uint64_t, added[i]) == NoneFloat) added[i] = 0.0;
     return true;
   } else {
     values.reserve(values.size() + count);

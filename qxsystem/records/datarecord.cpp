@@ -70,10 +70,7 @@ bool QXRecord::UnloadChildren() const {
 // ---- Fields ----
 
 bool QXRecord::AddField(const QXFieldBase& field) {
-  QXRecordImpl& impl = Impl();
-  const FieldEntry* entry = impl.Resolve(field);
-  if (entry != nullptr && !QXRecordImpl::TypeMatches(*entry, field)) impl.Erase(*entry);
-  return impl.SetField(field, /*isNull=*/false) != nullptr;
+  return Impl().SetField(field, /*isNull=*/false, /*freeIndex=*/true) != nullptr;
 }
 
 bool QXRecord::DeleteField(const QXFieldBase& field) {
@@ -98,8 +95,8 @@ int QXRecord::CheckField(const QXFieldBase& field, bool matchMeta) const {
     return QXFieldStatus::MetaDiffers;
   if (entry->isNull) return QXFieldStatus::Null;
   if (entry->hasBytes) return QXFieldStatus::HasValue;
-  if (!entry->IsCached()) return QXFieldStatus::NoValue;
-  return entry->extras->object ? QXFieldStatus::HasValue : QXFieldStatus::Null;
+  if (!entry->isCached) return QXFieldStatus::NoValue;
+  return entry->object ? QXFieldStatus::HasValue : QXFieldStatus::Null;
 }
 
 bool QXRecord::HasField(const QXFieldBase& field, bool matchMeta) const {
@@ -153,14 +150,15 @@ FieldEntry* FindValue(QXRecordImpl& impl, const QXFieldBase& field) {
 // may be another one, of which the field's is a tail.
 template <class T>
 const T* CachedObject(const FieldEntry& entry, const QXFieldBase& field) {
-  const bool isOwn = entry.IsCached() && entry.type == field.GetTypeName();
-  return isOwn ? static_cast<const T*>(entry.extras->object.get()) : nullptr;
+  const bool isOwn = entry.isCached && entry.type == field.GetTypeName();
+  return isOwn ? static_cast<const T*>(entry.object.get()) : nullptr;
 }
 
 // Calls `decode` with the bytes of a value. False if there are none, or it does.
 template <class Decode>
-bool DecodeBytes(QXRecordImpl& impl, FieldEntry& entry, Decode decode) {
-  return impl.UnloadValue(entry) && entry.hasBytes && decode(entry.value.data, entry.value.size);
+bool DecodeBytes(FieldEntry& entry, Decode decode) {
+  return QXRecordImpl::UnloadValue(entry) && entry.hasBytes &&
+         decode(entry.value.Data(), entry.value.Size());
 }
 
 // Sets a value to the `size` bytes that `store` stores.
@@ -169,7 +167,8 @@ bool SetEncoded(QXRecordImpl& impl, const QXFieldBase& field, std::size_t size, 
   if (field.IsReadonly()) return false;
   FieldEntry* entry = impl.SetField(field, /*isNull=*/false);
   if (entry == nullptr) return false;
-  store(impl.ValueRoom(*entry, size));
+  store(entry->value.Set(size));
+  entry->hasBytes = true;
   entry->DropCache();
   return true;
 }
@@ -212,7 +211,7 @@ bool GetVector(QXRecordImpl& impl, std::vector<E>& value, const QXFieldBase& fie
   const auto decode = [&](const unsigned char* bytes, std::size_t size) {
     return DecodeElements<T>(value, bytes, size);
   };
-  if (DecodeBytes(impl, *entry, decode)) return true;
+  if (DecodeBytes(*entry, decode)) return true;
   value.clear();
   return false;
 }
@@ -221,7 +220,7 @@ bool GetVector(QXRecordImpl& impl, std::vector<E>& value, const QXFieldBase& fie
 
 bool QXRecord::HasValue(const QXFieldBase& field) const {
   const FieldEntry* entry = Impl().Find(field);
-  return entry != nullptr && (entry->hasBytes || entry->IsCached() || entry->isNull);
+  return entry != nullptr && (entry->hasBytes || entry->isCached || entry->isNull);
 }
 
 bool QXRecord::IsNA(const QXFieldBase& field) const {
@@ -236,10 +235,10 @@ bool QXRecord::IsNA(const std::string& name) const {
 bool QXRecord::ClearValue(const QXFieldBase& field) {
   FieldEntry* entry = Impl().Find(field);
   if (entry == nullptr) return false;
-  const bool hadValue = entry->IsCached() || entry->hasBytes;
+  const bool hadValue = entry->isCached || entry->hasBytes;
   entry->DropCache();
   if (entry->hasBytes) entry->isNull = false;
-  impl_->DropValue(*entry);
+  entry->DropValue();
   return hadValue;
 }
 
@@ -259,13 +258,13 @@ bool QXRecord::GetValue(T& value, const QXField<T>& field) const {
       const auto decodeRecord = [&](const unsigned char* bytes, std::size_t size) {
         return DecodeValue(*record, bytes, size);
       };
-      if (DecodeBytes(*impl_, *entry, decodeRecord)) {
-        CacheOnRead(field, record);
+      if (DecodeBytes(*entry, decodeRecord)) {
+        impl_->SetCache(*entry, record, /*isClean=*/true);
         value = T(*record);
         return true;
       }
     } else {
-      if (DecodeBytes(*impl_, *entry, decode)) return true;
+      if (DecodeBytes(*entry, decode)) return true;
     }
   }
   value = T();
@@ -322,6 +321,12 @@ bool QXRecord::SetValue(const QXField<T>& field, const std::common_type_t<T>& va
                       [&](unsigned char* at) { StoreValue(at, value); });
 }
 
+bool QXRecord::SetValue(const QXField<QXRecord>& field, QXRecord&& value) {
+  auto record = std::make_shared<QXRecord>(std::move(value));
+  record->DropSourceID();
+  return AddToCache(field, std::move(record));
+}
+
 template <class T>
 bool QXRecord::SetValue(const QXVectorField<T>& field, const std::vector<std::optional<T>>& value) {
   if constexpr (std::is_same_v<T, QXRecord>)
@@ -355,8 +360,7 @@ QXBytes QXRecord::GetBytes(const std::string& name) const {
 
 bool QXRecord::GetBytes(QXBytes& bytes, const QXFieldBase& field) const {
   FieldEntry* entry = FindValue(Impl(), field);
-  return entry != nullptr &&
-         DecodeBytes(*impl_, *entry, [&](const unsigned char* from, std::size_t size) {
+  return entry != nullptr && DecodeBytes(*entry, [&](const unsigned char* from, std::size_t size) {
            Append(bytes, from, size);
            return true;
          });
@@ -379,25 +383,25 @@ bool QXRecord::SetBytes(const QXFieldBase& field, const std::optional<QXBytes>& 
 
 std::shared_ptr<void> QXRecord::CheckCache(const QXFieldBase& field, bool onlyDirty) const {
   const FieldEntry* entry = Impl().Find(field);
-  if (entry == nullptr || !entry->IsCached()) return nullptr;
-  const FieldExtras& extras = *entry->extras;
-  return onlyDirty && extras.isClean ? nullptr : extras.object;
+  if (entry == nullptr || !entry->isCached) return nullptr;
+  return onlyDirty && entry->isClean ? nullptr : entry->object;
 }
 
 void QXRecord::CacheOnRead(const QXFieldBase& field, std::shared_ptr<void> object) const {
   FieldEntry* entry = object ? Impl().Find(field) : nullptr;
-  if (entry != nullptr) entry->SetCache(std::move(object), /*isClean=*/true);
+  if (entry != nullptr) impl_->SetCache(*entry, std::move(object), /*isClean=*/true);
 }
 
 bool QXRecord::AddToCache(const QXFieldBase& field, std::shared_ptr<void> object) {
-  if (field.IsReadonly() || !AddField(field)) return false;
-  impl_->Find(field)->SetCache(std::move(object), /*isClean=*/false);
-  return true;
+  if (field.IsReadonly()) return false;
+  FieldEntry* entry = Impl().SetField(field, /*isNull=*/false, /*freeIndex=*/true);
+  if (entry != nullptr) impl_->SetCache(*entry, std::move(object), /*isClean=*/false);
+  return entry != nullptr;
 }
 
 void QXRecord::MarkCacheDirty(const QXFieldBase& field, bool addField) {
   FieldEntry* entry = Impl().Find(field);
-  if (entry != nullptr && entry->IsCached()) entry->extras->isClean = false;
+  if (entry != nullptr && entry->isCached) entry->isClean = false;
   if (addField) impl_->SetField(field, /*isNull=*/false);
 }
 
@@ -438,9 +442,7 @@ namespace {
 // The decoded children of a field; null for a field that is not there.
 ChildCache* LoadedChildren(QXRecordImpl& impl, const QXFieldBase& field) {
   FieldEntry* entry = impl.Find(field);
-  if (entry == nullptr) return nullptr;
-  QXRecordImpl::LoadChildren(*entry);
-  return entry->extras->childCache.get();
+  return entry != nullptr ? &impl.LoadChildren(*entry) : nullptr;
 }
 
 }  // namespace
@@ -544,9 +546,7 @@ QXBytes QXRecord::ToBytes() const {
 }
 
 void QXRecord::ToBytes(QXBytes& bytes) const {
-  if (!Unload()) return;
-  const RecordSizes sizes = Impl().Sizes();
-  impl_->Store(Grow(bytes, sizes.whole), sizes);
+  QXRecordImpl::Write(*this, bytes);
 }
 
 // Leaves nothing in the caches that the bytes lack. False if objects are nested

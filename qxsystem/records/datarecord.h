@@ -162,6 +162,9 @@ public:
   template <class T>
   bool SetValue(const QXVectorField<T>& field, const std::vector<T>& value);
 
+  /// The same without a copy: what `value` has in its caches goes along.
+  bool SetValue(const QXField<QXRecord>& field, QXRecord&& value);
+
   /// The same from elements that widen: `int` and `unsigned` to `long`, `float`
   /// to `double`.
   template <class T, class From, class = std::enable_if_t<QXWidens<From, T>>>

@@ -4,7 +4,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <functional>
+#include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,10 +40,50 @@ inline bool IsSameText(std::string_view a, std::string_view b) {
          (a.size() <= sizeof(std::uint64_t) || a == b);
 }
 
-/// The encoded value of a field, somewhere in the record's memory for values.
-struct ValueBytes {
-  unsigned char* data = nullptr;
-  std::size_t size = 0;
+/// The encoded value of a field: in memory of its own, of which the first bytes
+/// are here, or in the record's, as it was read.
+class ValueBytes {
+public:
+  ValueBytes() = default;
+  ~ValueBytes() { Free(); }
+  ValueBytes(const ValueBytes&) = delete;
+  ValueBytes& operator=(const ValueBytes&) = delete;
+
+  const unsigned char* Data() const { return data_; }
+  std::size_t Size() const { return size_; }
+
+  /// Room for a new value, not initialised.
+  unsigned char* Set(std::size_t size) {
+    if (size > capacity_) Grow(size);
+    size_ = size;
+    return data_;
+  }
+
+  /// Takes a value that is kept elsewhere.
+  void Refer(unsigned char* data, std::size_t size) {
+    Free();
+    data_ = data;
+    size_ = size;
+    capacity_ = 0;
+  }
+
+  void Clear() {
+    Free();
+    data_ = here_;
+    size_ = 0;
+    capacity_ = sizeof here_;
+  }
+
+private:
+  void Free() {
+    if (capacity_ > sizeof here_) delete[] data_;
+  }
+  void Grow(std::size_t size);
+
+  unsigned char here_[16];
+  unsigned char* data_ = here_;
+  std::size_t size_ = 0;
+  std::size_t capacity_ = sizeof here_;  // more in memory of its own, 0 elsewhere
 };
 
 /// The decoded children of a field, by key.
@@ -48,44 +91,44 @@ using ChildCache = std::map<std::string, std::shared_ptr<QXRecord>>;
 
 /// What only some fields have.
 struct FieldExtras {
-  std::string type;           // the full name of a type that is not built in
-  std::size_t typeSpace = 0;  // the length of its namespace, without the ":"
   QXFieldMeta meta;
   QXBytes children;                        // encoded, as far as childCache is not newer
   std::unique_ptr<ChildCache> childCache;  // null until they are decoded
-
-  bool isCached = false;         // there is an entry in the cache of values,
-  bool isClean = false;          // which agrees with the bytes
-  std::shared_ptr<void> object;  // and has this object
 };
 
 /// A field of a record.
 struct FieldEntry {
   std::string name;
-  std::uint32_t index = 0;  // 0 only while it is made
+  std::string_view type;        // the full name, in static memory or the table's
+  std::uint32_t typeSpace = 0;  // the length of its namespace, without the ":"
+  std::uint32_t index = 0;      // 0 only while it is made
   bool nullable = false;
   bool readonly = false;
   bool isNull = false;  // takes precedence over bytes
   bool hasBytes = false;
-  std::string_view type;  // the full name; static, or extras->type
-  ValueBytes value;       // if hasBytes
+  bool isCached = false;         // there is an entry in the cache of values,
+  bool isClean = false;          // which agrees with the bytes
+  std::shared_ptr<void> object;  // and has this object
+  ValueBytes value;
   std::unique_ptr<FieldExtras> extras;
 
   FieldExtras& Extras() {
     if (!extras) extras = std::make_unique<FieldExtras>();
     return *extras;
   }
-  bool HasOwnType() const { return extras && type.data() == extras->type.data(); }
   bool HasMeta() const { return extras && !extras->meta.IsEmpty(); }
   bool HasChildren() const { return extras && !extras->children.empty(); }
-  bool IsCached() const { return extras && extras->isCached; }
 
-  /// The type of this name, in a namespace whose name may be empty.
-  void SetType(std::string_view space, std::string_view typeName);
-  void SetCache(std::shared_ptr<void> object, bool isClean);
-  void DropCache();
+  void DropCache() {
+    isCached = isClean = false;
+    object.reset();
+  }
+  void DropValue() {
+    hasBytes = false;
+    value.Clear();
+  }
 
-  /// Makes it as new: all but name and index is gone.
+  /// Makes it as new: only the name stays.
   void Reset();
 };
 
@@ -114,24 +157,33 @@ public:
 
   class Iterator {
   public:
-    Iterator(const Block* block, std::size_t at) : block_(block), at_(at) {}
-    FieldEntry& operator*() const { return *(*block_)[at_].entry; }
+    Iterator(const Item* item, const Item* end, const Block* next, const Block* last)
+        : item_(item), end_(end), next_(next), last_(last) {}
+    FieldEntry& operator*() const { return *item_->entry; }
     Iterator& operator++() {
-      if (++at_ == block_->size()) ++block_, at_ = 0;
+      if (++item_ == end_ && next_ != last_) {
+        item_ = next_->data();
+        end_ = item_ + next_++->size();
+      }
       return *this;
     }
-    bool operator!=(const Iterator& other) const {
-      return block_ != other.block_ || at_ != other.at_;
-    }
+    bool operator!=(const Iterator& other) const { return item_ != other.item_; }
 
   private:
-    const Block* block_;
-    std::size_t at_;
+    const Item *item_, *end_;    // in the present block
+    const Block *next_, *last_;  // the blocks behind it
   };
-  Iterator begin() const { return {blocks_.data(), 0}; }
-  Iterator end() const { return {blocks_.data() + blocks_.size(), 0}; }
+  Iterator begin() const {
+    const Block* const more = more_.data();
+    return {first_.data(), first_.data() + first_.size(), more, more + more_.size()};
+  }
+  Iterator end() const {
+    const Block& last = more_.empty() ? first_ : more_.back();
+    const Item* const item = last.data() + last.size();
+    return {item, item, nullptr, nullptr};
+  }
 
-  bool IsEmpty() const { return blocks_.empty(); }
+  bool IsEmpty() const { return size_ == 0; }
   std::size_t Size() const { return size_; }
 
   /// The entry of that name, null if there is none.
@@ -143,24 +195,38 @@ public:
   void Erase(const FieldEntry& entry);
   void Clear();
 
+  /// Makes memory ready for about as many more entries.
+  void Reserve(std::size_t entries);
+
+  /// Gives `entry` a type, of this whole name or in a namespace whose name may be
+  /// empty.
+  void SetType(FieldEntry& entry, std::string_view name);
+  void SetType(FieldEntry& entry, std::string_view space, std::string_view type);
+
+  /// Memory for values, which lasts until `Clear`.
+  unsigned char* Take(std::size_t size) { return memory_.Take(size); }
+
 private:
   struct Place {
     std::size_t block;
-    std::size_t at;     // in the block, of the first item that is not below the name
+    std::ptrdiff_t at;  // in the block, of the first item that is not below the name
     FieldEntry* entry;  // of that name, or null
   };
   Place Locate(std::uint64_t prefix, std::string_view name) const;
   void Split(std::size_t block);
   FieldEntry* Make();
-  void Destroy(FieldEntry* entry);
 
   struct Freed {
     Freed* next;
   };
+  Block& BlockAt(std::size_t i) { return i == 0 ? first_ : more_[i - 1]; }
+
   Arena memory_;
-  Freed* freed_ = nullptr;     // entries to be used again
-  std::vector<Block> blocks_;  // none is empty
+  Freed* freed_ = nullptr;  // entries to be used again
   std::size_t size_ = 0;
+  Block first_;                                                // empty in an empty table
+  std::vector<Block> more_;                                    // none is empty
+  std::unique_ptr<std::set<std::string, std::less<>>> types_;  // of those not built in
 };
 
 }  // namespace QXDataFlow

@@ -31,9 +31,8 @@ thread_local std::vector<std::shared_ptr<void>>* dying = nullptr;
 
 void MoveObjects(FieldTable& fields, std::vector<std::shared_ptr<void>>& to) {
   for (FieldEntry& entry : fields) {
-    if (!entry.extras) continue;
-    if (entry.extras->object) to.push_back(std::move(entry.extras->object));
-    if (!entry.extras->childCache) continue;
+    if (entry.object) to.push_back(std::move(entry.object));
+    if (!entry.extras || !entry.extras->childCache) continue;
     for (auto& [key, child] : *entry.extras->childCache) to.push_back(std::move(child));
   }
 }
@@ -47,29 +46,29 @@ QXRecordImpl::QXRecordImpl(const QXRecordImpl& other)
       meta(other.meta ? std::make_unique<QXRecordMeta>(*other.meta) : nullptr),
       lastIndex_(other.lastIndex_),
       lastIndexKnown_(other.lastIndexKnown_) {
-  unsigned char* room = Take(other.size_ - other.dead_);
+  fields.Reserve(other.fields.Size());
   for (const FieldEntry& from : other.fields) {
     FieldEntry& entry = fields.Add(from.name);
-    std::tie(entry.index, entry.nullable, entry.readonly, entry.isNull, entry.hasBytes,
-             entry.type) =
-        std::tie(from.index, from.nullable, from.readonly, from.isNull, from.hasBytes, from.type);
-    entry.value = {room, from.value.size};
-    room = StoreBytes(room, from.value.data, from.value.size);
+    const std::string_view type = from.type;
+    const std::uint32_t space = from.typeSpace;
+    fields.SetType(entry, type.substr(0, space), type.substr(space != 0 ? space + 1 : 0));
+    entry.index = from.index;
+    entry.nullable = from.nullable;
+    entry.readonly = from.readonly;
+    entry.isNull = from.isNull;
+    entry.hasBytes = from.hasBytes;
+    StoreBytes(entry.value.Set(from.value.Size()), from.value.Data(), from.value.Size());
+    if (from.isCached && !from.isClean) SetCache(entry, from.object, /*isClean=*/false);
     if (!from.extras) continue;
-    FieldExtras& extras = entry.Extras();
-    extras.type = from.extras->type;
-    extras.typeSpace = from.extras->typeSpace;
-    if (from.HasOwnType()) entry.type = extras.type;
-    extras.meta = from.extras->meta;
-    extras.children = from.extras->children;
-    if (from.extras->isCached && !from.extras->isClean)
-      entry.SetCache(from.extras->object, /*isClean=*/false);
+    entry.Extras().meta = from.extras->meta;
+    entry.extras->children = from.extras->children;
   }
 }
 
 // Records in the caches of records in caches are let go of one after the other,
 // not one inside the other, which could take more stack than there is.
 QXRecordImpl::~QXRecordImpl() {
+  if (!mayHaveCaches_) return;
   std::vector<std::shared_ptr<void>> objects;
   if (dying != nullptr) {
     MoveObjects(fields, *dying);
@@ -113,7 +112,7 @@ FieldEntry* QXRecordImpl::Find(const QXFieldBase& field) {
   return entry != nullptr && TypeMatches(*entry, field) ? entry : nullptr;
 }
 
-FieldEntry* QXRecordImpl::SetField(const QXFieldBase& field, bool isNull) {
+FieldEntry* QXRecordImpl::SetField(const QXFieldBase& field, bool isNull, bool freeIndex) {
   FieldEntry* found = field.metaMatch_ ? Resolve(field) : nullptr;
   FieldEntry& entry = found != nullptr ? *found : fields.Add(field.name_);
   const bool isKnown = entry.index != 0 && TypeMatches(entry, field);
@@ -123,18 +122,21 @@ FieldEntry* QXRecordImpl::SetField(const QXFieldBase& field, bool isNull) {
     return &entry;
   }
   if (!isKnown) {
+    if (freeIndex && entry.index != 0) {
+      lastIndexKnown_ = lastIndexKnown_ && entry.index != lastIndex_;
+      entry.index = 0;
+    }
     const std::uint32_t index = NextIndex();
     if (index == 0) {
       if (entry.index == 0) fields.Erase(entry);
       return nullptr;
     }
-    DropValue(entry);
     entry.Reset();
     entry.index = lastIndex_ = index;
   }
   for (const unsigned option : field.meta_.GetOptions()) RemoveElsewhere(option, entry);
   if (!field.typeNamespace_.empty() || !IsSameText(entry.type, field.type_))
-    entry.SetType(field.typeNamespace_, field.type_);
+    fields.SetType(entry, field.typeNamespace_, field.type_);
   entry.nullable = field.nullable_;
   entry.readonly = field.readonly_;
   entry.isNull = isNull;
@@ -157,16 +159,14 @@ void QXRecordImpl::RemoveElsewhere(unsigned option, const FieldEntry& entry) {
 
 void QXRecordImpl::Erase(const FieldEntry& entry) {
   if (entry.index == lastIndex_) lastIndexKnown_ = false;
-  dead_ += entry.value.size;
   fields.Erase(entry);
 }
 
 void QXRecordImpl::Clear() {
   fields.Clear();
-  values_.Clear();
   unknown.clear();
   meta.reset();
-  size_ = dead_ = 0;
+  mayHaveCaches_ = false;
   lastIndex_ = 0;
   lastIndexKnown_ = true;
 }
@@ -182,7 +182,7 @@ std::uint32_t QXRecordImpl::NextIndex() {
 }
 
 QXFieldBase QXRecordImpl::MakeField(const FieldEntry& entry) {
-  const std::size_t space = entry.HasOwnType() ? entry.extras->typeSpace : 0;
+  const std::uint32_t space = entry.typeSpace;
   return {std::string(entry.type.substr(space != 0 ? space + 1 : 0)),
           std::string(entry.type.substr(0, space)),
           entry.name,
@@ -202,62 +202,38 @@ std::vector<FieldEntry*> QXRecordImpl::ByIndex() const {
 
 // ---- Values ----
 
-unsigned char* QXRecordImpl::Take(std::size_t size) {
-  unsigned char* room = values_.Take(size);
-  size_ += size;
-  return room;
-}
-
-unsigned char* QXRecordImpl::ValueRoom(FieldEntry& entry, std::size_t size) {
-  if (entry.hasBytes && size <= entry.value.size) {
-    dead_ += entry.value.size - size;
-    entry.value.size = size;
-  } else {
-    unsigned char* room = Take(size);
-    DropValue(entry);
-    entry.value = {room, size};
-    entry.hasBytes = true;
-    if (dead_ > 1024 && dead_ > size_ / 2) Compact();
-  }
-  return entry.value.data;
-}
-
-void QXRecordImpl::DropValue(FieldEntry& entry) {
-  dead_ += entry.value.size;
-  entry.hasBytes = false;
-  entry.value = {};
-}
-
-void QXRecordImpl::Compact() {
-  Arena live;
-  unsigned char* room = live.Take(size_ - dead_);
-  for (FieldEntry& entry : fields) {
-    unsigned char* const value = std::exchange(entry.value.data, room);
-    room = StoreBytes(room, value, entry.value.size);
-  }
-  values_.Swap(live);
-  size_ -= std::exchange(dead_, 0);
+void QXRecordImpl::SetCache(FieldEntry& entry, std::shared_ptr<void> object, bool isClean) {
+  entry.object = std::move(object);
+  entry.isCached = true;
+  entry.isClean = isClean;
+  mayHaveCaches_ = true;
 }
 
 bool QXRecordImpl::UnloadValue(FieldEntry& entry) {
-  if (!entry.IsCached() || entry.extras->isClean || !entry.extras->object) return true;
+  if (!entry.isCached || entry.isClean || !entry.object) return true;
   const QXFieldTypeHandler* handler = FindHandler(entry.type);
   if (handler == nullptr) return true;
-  const QXBytes bytes = handler->PtrToBytes(entry.extras->object.get());
-  const bool isRecord = handler == &Types::Record || handler == &Types::RecordVec;
-  if (bytes.empty() && isRecord) return false;
-  StoreValue(ValueRoom(entry, bytes.size()), bytes);
-  entry.extras->isClean = true;
+  if (handler == &Types::Record) {  // without a copy of the bytes
+    if (!Write(*static_cast<const QXRecord*>(entry.object.get()), entry.value)) return false;
+  } else {
+    const QXBytes bytes = handler->PtrToBytes(entry.object.get());
+    if (bytes.empty() && handler == &Types::RecordVec) return false;
+    StoreValue(entry.value.Set(bytes.size()), bytes);
+  }
+  entry.hasBytes = true;
+  entry.isClean = true;
   return true;
 }
 
 bool QXRecordImpl::UnloadValues() {
   bool isDone = true;
-  for (FieldEntry& entry : fields) isDone = UnloadValue(entry) && isDone;
+  if (mayHaveCaches_)
+    for (FieldEntry& entry : fields) isDone = UnloadValue(entry) && isDone;
   return isDone;
 }
 
 void QXRecordImpl::DropCaches() {
+  if (!std::exchange(mayHaveCaches_, false)) return;
   for (FieldEntry& entry : fields) {
     entry.DropCache();
     if (entry.extras) entry.extras->childCache.reset();
@@ -307,14 +283,16 @@ std::map<std::string, QXRecord> ReadChildren(const QXBytes& bytes) {
   return children;
 }
 
-void QXRecordImpl::LoadChildren(FieldEntry& entry) {
+ChildCache& QXRecordImpl::LoadChildren(FieldEntry& entry) {
   FieldExtras& extras = entry.Extras();
-  if (extras.childCache) return;
+  if (extras.childCache) return *extras.childCache;
   extras.childCache = std::make_unique<ChildCache>();
+  mayHaveCaches_ = true;
   for (auto& [key, child] : ReadChildren(extras.children)) {
     const auto& loaded = (*extras.childCache)[key] = std::make_shared<QXRecord>(std::move(child));
     loaded->DropSourceID();
   }
+  return *extras.childCache;
 }
 
 bool QXRecordImpl::UnloadChildren(FieldEntry& entry) {
@@ -331,7 +309,8 @@ bool QXRecordImpl::UnloadChildren(FieldEntry& entry) {
 
 bool QXRecordImpl::UnloadChildren() {
   bool isDone = true;
-  for (FieldEntry& entry : fields) isDone = UnloadChildren(entry) && isDone;
+  if (mayHaveCaches_)
+    for (FieldEntry& entry : fields) isDone = UnloadChildren(entry) && isDone;
   return isDone;
 }
 

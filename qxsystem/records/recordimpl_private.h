@@ -39,17 +39,8 @@ private:
 /// The children by key, without the field that has it.
 std::map<std::string, QXRecord> ReadChildren(const QXBytes& bytes);
 
-/// The sizes of a record's section, of its payload, and of those of the tables in
-/// that.
-struct RecordSizes {
-  std::size_t whole = 0, payload = 0;
-  std::size_t fields = 0, meta = 0, data = 0, children = 0;
-};
-
-/// Values lie in memory of the record, where the fields refer to them: reading a
-/// record copies all of its values at once, and a value that is set is encoded
-/// where it stays. What changed values leave behind is cleared up when it makes
-/// up half of the memory.
+/// Reading a record copies all of its values at once, into memory where the fields
+/// refer to them; a value that is set is encoded where it stays.
 class QXRecordImpl {
 public:
   QXRecordImpl() = default;
@@ -75,14 +66,16 @@ public:
   static bool IsMetaMatch(const FieldEntry& entry, const QXFieldBase& field);
 
   /// Stores what `field` says, in the entry it asks for or a new one. An entry
-  /// of another type loses all that it had. Null when no index is left.
-  FieldEntry* SetField(const QXFieldBase& field, bool isNull);
+  /// of another type loses all that it had, with `freeIndex` before the new index
+  /// is chosen. Null when no index is left.
+  FieldEntry* SetField(const QXFieldBase& field, bool isNull, bool freeIndex = false);
 
   void Erase(const FieldEntry& entry);
   void Clear();
 
   /// Whether it says no more than none.
-  bool IsVoid() const { return fields.IsEmpty() && unknown.empty() && (!meta || meta->IsEmpty()); }
+  bool IsVoid() const { return fields.IsEmpty() && unknown.empty() && !HasMeta(); }
+  bool HasMeta() const { return meta && !meta->IsEmpty(); }
 
   /// The index for a new field, 0 when there is none.
   std::uint32_t NextIndex();
@@ -92,16 +85,11 @@ public:
 
   // ---- Values ----
 
-  /// Memory for values, not yet any field's.
-  unsigned char* Take(std::size_t size);
-
-  /// Room for a value of `size` bytes of `entry`, which it then has.
-  unsigned char* ValueRoom(FieldEntry& entry, std::size_t size);
-  void DropValue(FieldEntry& entry);
+  void SetCache(FieldEntry& entry, std::shared_ptr<void> object, bool isClean);
 
   /// Turns the object in the cache into bytes, if it was changed. False for
   /// records that are nested too deep to have any.
-  bool UnloadValue(FieldEntry& entry);
+  static bool UnloadValue(FieldEntry& entry);
   bool UnloadValues();
 
   /// Empties all caches, of values and of children, whatever is in them.
@@ -110,7 +98,7 @@ public:
   // ---- Children ----
 
   /// Decodes the children of a field, unless they are.
-  static void LoadChildren(FieldEntry& entry);
+  ChildCache& LoadChildren(FieldEntry& entry);
 
   /// Turns decoded children into bytes, those without fields left out. False
   /// for children that are nested too deep to have any.
@@ -123,14 +111,11 @@ public:
   /// damage, with what was read before it.
   static bool Read(QXRecord& record, Cursor payload);
 
-  /// Writes a record's section. False, with nothing written, if cached objects are
-  /// nested too deep; false, too, when the stream refuses bytes.
-  static bool Write(const QXRecord& record, QXPlatform::qxostream& out);
-
-  /// The sizes in the record's section, then the section into as much room. All
-  /// caches must be unloaded.
-  RecordSizes Sizes() const;
-  void Store(unsigned char* at, const RecordSizes& sizes) const;
+  /// Append a record's section, or make it a value; nothing, and false, if objects in its caches
+  /// are nested too deep. False, too, when the stream refuses bytes.
+  static void Write(const QXRecord& record, QXBytes& bytes);
+  static bool Write(const QXRecord& record, ValueBytes& value);
+  static bool Write(const QXRecord& record, QXPlatform::qxostream& stream);
 
   QXRecordMeta& Meta() {
     if (!meta) meta = std::make_unique<QXRecordMeta>();
@@ -142,15 +127,11 @@ public:
   std::unique_ptr<QXRecordMeta> meta;  // few records have any
 
 private:
-  bool Read(Cursor payload);
-  void Compact();
   void RemoveElsewhere(unsigned option, const FieldEntry& entry);
 
-  Arena values_;
-  std::size_t size_ = 0;         // bytes taken of `values_`,
-  std::size_t dead_ = 0;         // of which so many are no field's value
   std::uint32_t lastIndex_ = 0;  // the highest in use, unless it was freed
   bool lastIndexKnown_ = true;
+  bool mayHaveCaches_ = false;  // of values or children, in some field
 };
 
 }  // namespace QXDataFlow
