@@ -176,16 +176,19 @@ private:
     return true;
   }
 
+  // Of several sections the last one counts.
   bool ReadChildren(Cursor from) {
-    for (FieldEntry& entry : record_.fields)
-      if (entry.extras) entry.extras->children.clear();
+    for (FieldEntry* parent : parents_) parent->extras->children.clear();
+    parents_.clear();
     while (from.Left() != 0) {
       std::uint32_t index;
       std::string_view bytes;
       bool isNone;
       if (!from.Number(index) || !from.Text(bytes, isNone)) return false;
-      if (FieldEntry* entry = Find(index))
-        entry->Extras().children.assign(bytes.begin(), bytes.end());
+      FieldEntry* entry = Find(index);
+      if (entry == nullptr) continue;
+      entry->Extras().children.assign(bytes.begin(), bytes.end());
+      parents_.push_back(entry);
     }
     return true;
   }
@@ -193,6 +196,7 @@ private:
   QXRecordImpl& record_;
   std::vector<FieldEntry*> small_;  // fields by index
   std::map<std::uint32_t, FieldEntry*> large_;
+  std::vector<FieldEntry*> parents_;  // the fields of the section of children last read
 };
 
 const Reader::Section Reader::known[] = {{VersionTag, false, &Reader::ReadVersion},
