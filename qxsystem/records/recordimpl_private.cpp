@@ -301,7 +301,9 @@ bool QXRecordImpl::UnloadChildren(FieldEntry& entry) {
   for (const auto& [key, child] : *entry.extras->childCache) {
     if (child->IsEmpty()) continue;
     QXRecord copy;
-    if (!copy.CopyFrom(*child) || !bytes.Add(key, copy)) return false;
+    if (!copy.CopyFrom(*child)) return false;
+    copy.DropSourceID();
+    if (!bytes.Add(key, copy)) return false;
   }
   entry.extras->children = bytes.Get();
   return true;
