@@ -83,8 +83,8 @@ public:
   /// children. False if there is none.
   bool DeleteField(const QXFieldBase& field);
 
-  /// All fields in order of their indices, without readonly and meta-match flags
-  /// as far as they were read from bytes.
+  /// All fields in order of their indices. None has the meta-match flag, and
+  /// those that were read from bytes aren't readonly.
   std::vector<QXFieldBase> GetFields() const;
 
   /// One of QXFieldStatus. Metadata is compared with `matchMeta` or the field's
