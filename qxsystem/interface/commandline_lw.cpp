@@ -96,20 +96,20 @@ private:
 
 // Takes "-abc" as "-a -b -c".
 void SwitchLine::TakeSwitches(const std::string& group) {
-  if (group == "--version") PrintVersionAndExit(version_);
-  const QXParameter* whole = parameters_.Find(group);
-  if (whole && whole->GetKeyless() != 0) {
-    ComplainOfKey(group);
-  } else if (group.size() == 1) {
+  if (group == "--version") PrintVersionAndEnd(version_);
+  const QXParameter* whole = parameters_.ParameterWithFullname(group);
+  if (group.size() == 1) {
     QXThrow.Msg(level_, " - is not a valid command line arg");
     good_ = false;
+  } else if (whole && whole->GetKeyless() != 0) {
+    ComplainOfKey(group);
   } else {
     for (const char letter : group.substr(1)) TakeSwitch({'-', letter}, group);
   }
 }
 
 void SwitchLine::TakeSwitch(const std::string& key, const std::string& group) {
-  QXParameter* parameter = parameters_.Find(key);
+  QXParameter* parameter = parameters_.ParameterWithFullname(key);
   if (parameter && parameter->GetKeyless() != 0) return ComplainOfKey(key);
   if (parameter && IsBool(*parameter) && parameter->SetStringValue("true") && parameter->Load())
     return;
@@ -143,20 +143,12 @@ void SwitchLine::TakeKeyless(const std::vector<QXParameter*>& keyless) {
 }
 
 void SwitchLine::Assign(QXParameter& parameter, const Texts& texts) {
-  const auto complain = [this](const std::string& text) {
-    QXThrow.Msg(level_, "Invalid command line argument %s", text.c_str());
+  const std::vector<Fault> faults = AssignTexts(parameter, texts, /*replace=*/true);
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    if (faults[i] == Fault::None) continue;
+    QXThrow.Msg(level_, "Invalid command line argument %s", texts[i].c_str());
     good_ = false;
-  };
-  Texts added;
-  for (const std::string& text : texts) {
-    if (parameter.IsLegalString(text) &&
-        (&text == &texts.front() ? parameter.SetStringValue(text) : parameter.AddStringValue(text)))
-      added.push_back(text);
-    else
-      complain(text);
   }
-  for (std::size_t i = added.empty() ? 0 : LoadAdded(parameter, added); i < added.size(); ++i)
-    complain(added[i]);
 }
 
 }  // namespace

@@ -15,8 +15,11 @@ namespace QXSystem {
 /// list; all are collected even then.
 bool GetKeylessParameters(const QXInterface& interface, std::vector<QXParameter*>& keyless);
 
+/// Ends the process, with status 0, after what was printed.
+[[noreturn]] void EndAfterAnswer();
+
 /// Prints a program's version on standard output and ends the process.
-[[noreturn]] void PrintVersionAndExit(const char* version);
+[[noreturn]] void PrintVersionAndEnd(const char* version);
 
 inline bool IsBool(const QXParameter& parameter) {
   return parameter.TypedParameterTypeID() == QXGetDataType<QXTypedParameter<bool>>();

@@ -1,13 +1,14 @@
 #include <qxsystem/interface/interface.h>
 
 #include <algorithm>
-#include <cstdlib>
 
+#include <qxsystem/core/endprocess_private.h>
 #include <qxsystem/core/error.h>
 #include <qxsystem/core/sortediter.h>
 #include <qxsystem/core/stliter.h>
 #include <qxsystem/core/vectoriter.h>
 #include <qxsystem/interface/commandline.h>
+#include <qxsystem/interface/commandline_private.h>
 #include <qxsystem/interface/interface_impl_private.h>
 #include <qxsystem/interface/parameter_concrete.h>
 #include <qxsystem/platform/ostream.h>
@@ -43,13 +44,10 @@ bool ConfigureOrReport(QXInterface& interface, const char* text) {
 
 void ConfigureAndParse(QXInterface& interface, const char* text, int argc, char** argv) {
   if (!ConfigureOrReport(interface, text)) return;
-  if (QXCheckHelp(interface, argc, argv, /*exitOnEmpty=*/true, QXPlatform::qxerr)) {
-    QXPlatform::qxout.flush();
-    std::exit(0);
-  }
+  if (QXCheckHelp(interface, argc, argv, /*exitOnEmpty=*/true, QXPlatform::qxerr)) EndAfterAnswer();
   if (!QXParseCommandLine(interface, argc, argv, /*requirements=*/nullptr, QXErrorLevel::Error,
                           /*checkHelp=*/true))
-    std::exit(1);
+    EndProcess(1);
 }
 
 const char* AsChars(const unsigned char* text) {

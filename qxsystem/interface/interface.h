@@ -131,8 +131,10 @@ private:
 };
 
 /// Adds to `interface` what a configuration text describes. False after a fault,
-/// which is reported as an Error; what was read before it stays. Categories may
-/// be nested QXMaxNesting deep.
+/// which is reported as an Error; what was read before it stays. Lines of a
+/// parameter that have no effect are reported too, but do not end the reading, nor
+/// does a fault in a category end that of the one around it. Categories lie at most
+/// QXMaxNesting deep in one another, `interface` being the first.
 QXSYSTEM_API bool QXConfigure(QXInterface& interface, const unsigned char* text);
 QXSYSTEM_API bool QXConfigure(QXInterface& interface, const char* text);
 QXSYSTEM_API bool QXConfigure(QXInterface& interface, QXPlatform::qxistream& in);

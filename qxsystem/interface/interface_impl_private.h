@@ -91,7 +91,7 @@ public:
 
   /// The first of `GetParameters(true)` that has this key, else null. Nothing
   /// has the empty key.
-  QXParameter* Find(const std::string& key) const;
+  QXParameter* ParameterWithFullname(const std::string& key) const;
 
   /// Tells at Verbose level which key is nearest to one that is not known, if
   /// that level is shown and some key is near.
@@ -100,9 +100,6 @@ public:
 private:
   std::unordered_map<std::string, QXParameter*> parameters_;  // by key in lower case
 };
-
-/// The same for one question.
-QXParameter* ParameterWithFullname(const QXInterface& interface, const std::string& key);
 
 inline bool IsHidden(const QXParameter& parameter) {
   return parameter.GetVisibility() >= QXVisibility::Hidden;
@@ -126,9 +123,9 @@ Texts Collect(QXIter<const std::string> text);
 /// The defaults as people read them.
 Texts PrettyDefaults(const QXParameter& parameter);
 
-/// The place of the first of some texts that `parameter` takes but cannot load;
-/// their number, if there is none.
-std::size_t FindUnloadable(const QXParameter& parameter, const Texts& texts);
+/// The place of the first of some texts that cannot be loaded; their number, if
+/// there is none. They are tried on `probe`, a copy of the parameter.
+std::size_t FindUnloadable(QXParameter& probe, const Texts& texts);
 
 /// Loads a parameter to which `texts` were just added, and returns for how many
 /// of them that would have succeeded, had each been loaded when it was added.
@@ -136,6 +133,13 @@ std::size_t FindUnloadable(const QXParameter& parameter, const Texts& texts);
 /// Every load begins with the first value: one for each text would take quadratic
 /// time.
 std::size_t LoadAdded(QXParameter& parameter, const Texts& texts);
+
+enum class Fault { None, NotLegal, NotLoaded };
+
+/// Adds to the values of a parameter those of `texts` that are legal, loads it, and
+/// tells for each text what was wrong with it. With `replace`, the first takes the
+/// place of the values there were.
+std::vector<Fault> AssignTexts(QXParameter& parameter, const Texts& texts, bool replace);
 
 /// QXParseParameterFile, for a tree that was indexed before.
 bool ParseParameterFile(const ParameterIndex& parameters, QXPlatform::qxistream& in, bool overwrite,

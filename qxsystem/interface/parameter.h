@@ -61,10 +61,9 @@ public:
   /// here: not every kind of parameter takes such a list.
   virtual bool SetStringValues(const std::string& list);
 
-  /// Extend the lists that say what is legal. Where something stands on no
-  /// list of its kind, illegal beats legal, and no legal entry at all means
-  /// that everything else is legal. False for text that cannot be converted; a
-  /// bad bound of a legal range only shows when legality is asked.
+  /// Extend the lists that say what is legal. Illegal beats legal, and without
+  /// any legal entry everything else is legal. False for text that cannot be
+  /// converted; a bad bound of a legal range only shows when legality is asked.
   virtual bool AddLegalValue(const std::string& text);
   virtual bool AddIllegalValue(const std::string& text);
   virtual bool AddLegalRange(const std::string& low, const std::string& high);
