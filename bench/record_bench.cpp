@@ -93,7 +93,7 @@ public:
     Object inner;
     inner.SetValue(program, m.program);
     inner.SetValue(run, m.run);
-    record.SetValue(origin, inner);
+    record.SetValue(origin, std::move(inner));
   }
   void Get(const Object& record, Molecule& m) {
     record.GetValue(m.title, title);

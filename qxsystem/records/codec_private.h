@@ -19,26 +19,49 @@ namespace QXDataFlow {
 
 // ---- Values alone ----
 
-inline void AppendValue(QXBytes& out, long value) {
-  const std::size_t size = IntValueBytes(value);
-  StoreIntValue(Grow(out, size), value, size);
+inline std::size_t ValueSize(long value) {
+  return IntValueBytes(value);
 }
-inline void AppendValue(QXBytes& out, double value) {
-  Append(out, &value, sizeof value);
+inline std::size_t ValueSize(double) {
+  return sizeof(double);
+}
+inline std::size_t ValueSize(bool) {
+  return 1;
+}
+inline std::size_t ValueSize(const std::string& value) {
+  return value.size();
+}
+inline std::size_t ValueSize(const QXBytes& value) {
+  return value.size();
+}
+inline std::size_t ValueSize(const QXJSONObject& value) {
+  return value.GetString().size();
+}
+
+inline void StoreValue(unsigned char* at, long value) {
+  StoreIntValue(at, value, IntValueBytes(value));
+}
+inline void StoreValue(unsigned char* at, double value) {
+  StoreBits(at, value);
 }
 
 /// 0 for true and 1 for false, unlike bools in vectors.
-inline void AppendValue(QXBytes& out, bool value) {
-  out.push_back(value ? 0 : 1);
+inline void StoreValue(unsigned char* at, bool value) {
+  *at = value ? 0 : 1;
 }
-inline void AppendValue(QXBytes& out, const std::string& value) {
-  Append(out, value.data(), value.size());
+inline void StoreValue(unsigned char* at, const std::string& value) {
+  StoreBytes(at, value.data(), value.size());
 }
-inline void AppendValue(QXBytes& out, const QXBytes& value) {
-  Append(out, value.data(), value.size());
+inline void StoreValue(unsigned char* at, const QXBytes& value) {
+  StoreBytes(at, value.data(), value.size());
 }
-inline void AppendValue(QXBytes& out, const QXJSONObject& value) {
-  AppendValue(out, value.GetString());
+inline void StoreValue(unsigned char* at, const QXJSONObject& value) {
+  StoreValue(at, value.GetString());
+}
+
+template <class T>
+void AppendValue(QXBytes& out, const T& value) {
+  StoreValue(Grow(out, ValueSize(value)), value);
 }
 void AppendValue(QXBytes& out, const QXRange& value);
 
@@ -159,18 +182,31 @@ struct Element<QXBytes> {
 
 // ---- Vectors ----
 
-/// Appends the elements, which are T, optional T or numbers that widen to T.
+/// The elements are T, optional T or numbers that widen to T.
 template <class T, class E>
-void AppendVector(QXBytes& out, const std::vector<E>& values) {
-  using Stored = std::conditional_t<std::is_arithmetic_v<E>, T, const E&>;
+using StoredAs = std::conditional_t<std::is_arithmetic_v<E>, T, const E&>;
+
+template <class T, class E>
+std::size_t VectorSize(const std::vector<E>& values) {
   std::size_t size = IntSize(values.size());
-  for (Stored value : values) size += ElementSize(value);
-  unsigned char* at = StoreInt(Grow(out, size), values.size());
+  if constexpr (std::is_same_v<T, double>) return size + values.size() * sizeof(double);
+  for (StoredAs<T, E> value : values) size += ElementSize(value);
+  return size;
+}
+
+template <class T, class E>
+void StoreVector(unsigned char* at, const std::vector<E>& values) {
+  at = StoreInt(at, values.size());
   if constexpr (std::is_same_v<E, double>) {
     StoreBytes(at, values.data(), values.size() * sizeof(double));
   } else {
-    for (Stored value : values) at = StoreElement(at, value);
+    for (StoredAs<T, E> value : values) at = StoreElement(at, value);
   }
+}
+
+template <class T, class E>
+void AppendVector(QXBytes& out, const std::vector<E>& values) {
+  StoreVector<T>(Grow(out, VectorSize<T>(values)), values);
 }
 
 /// The same for records; nothing when one of them is nested too deep.
@@ -185,13 +221,15 @@ bool DecodeVector(std::vector<E>& values, const unsigned char* bytes, std::size_
   std::size_t count;
   if (!from.Count(count, MinElementSize<T>)) return false;
   if constexpr (std::is_same_v<E, double>) {
-    const auto first = static_cast<std::ptrdiff_t>(values.size());
-    values.resize(values.size() + count);
-    StoreBytes(reinterpret_cast<unsigned char*>(values.data() + first), from.At(),
-               count * sizeof(double));
-    std::for_each(values.begin() + first, values.end(), [](double& value) {
-      if (__builtin_bit_cast(std::uint64_t, value) == NoneFloat) value = 0.0;
-    });
+    const std::size_t first = values.size();
+    values.resize(first + count);
+    double* const added = values.data() + first;
+    StoreBytes(reinterpret_cast<unsigned char*>(added), from.At(), count * sizeof(double));
+    // NaNs are few; looking for any is quicker than for one of certain bits.
+    std::size_t nans = 0;
+    for (std::size_t i = 0; i < count; ++i) nans += added[i] != added[i];
+    for (std::size_t i = 0; nans != 0 && i < count; ++i)
+      if (__builtin_bit_cast(std::uint64_t, added[i]) == NoneFloat) added[i] = 0.0;
     return true;
   } else {
     values.reserve(values.size() + count);

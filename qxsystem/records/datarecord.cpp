@@ -70,37 +70,33 @@ bool QXRecord::UnloadChildren() const {
 // ---- Fields ----
 
 bool QXRecord::AddField(const QXFieldBase& field) {
-  QXRecordImpl& impl = Impl();
-  const NamedField* place = impl.Resolve(field);
-  if (place != nullptr && !QXRecordImpl::TypeMatches(place->second, field)) impl.Erase(*place);
-  return impl.SetField(field, /*isNull=*/false) != nullptr;
+  return Impl().SetField(field, /*isNull=*/false, /*freeIndex=*/true) != nullptr;
 }
 
 bool QXRecord::DeleteField(const QXFieldBase& field) {
-  const NamedField* place = Impl().Resolve(field);
-  if (place == nullptr || place->first.empty()) return false;
-  impl_->Erase(*place);
+  const FieldEntry* entry = Impl().Resolve(field);
+  if (entry == nullptr || entry->name.empty()) return false;
+  impl_->Erase(*entry);
   return true;
 }
 
 std::vector<QXFieldBase> QXRecord::GetFields() const {
   std::vector<QXFieldBase> fields;
-  for (const NamedField* place : Impl().ByIndex())
-    fields.push_back(QXRecordImpl::MakeField(*place));
+  for (const FieldEntry* entry : Impl().ByIndex())
+    fields.push_back(QXRecordImpl::MakeField(*entry));
   return fields;
 }
 
 int QXRecord::CheckField(const QXFieldBase& field, bool matchMeta) const {
-  const NamedField* place = Impl().Resolve(field);
-  if (place == nullptr) return QXFieldStatus::NoField;
-  const FieldEntry& entry = place->second;
-  if (!QXRecordImpl::TypeMatches(entry, field)) return QXFieldStatus::OtherType;
-  if ((matchMeta || field.IsMetaMatch()) && !QXRecordImpl::IsMetaMatch(entry, field))
+  const FieldEntry* entry = Impl().Resolve(field);
+  if (entry == nullptr) return QXFieldStatus::NoField;
+  if (!QXRecordImpl::TypeMatches(*entry, field)) return QXFieldStatus::OtherType;
+  if ((matchMeta || field.IsMetaMatch()) && !QXRecordImpl::IsMetaMatch(*entry, field))
     return QXFieldStatus::MetaDiffers;
-  if (entry.isNull) return QXFieldStatus::Null;
-  if (entry.hasBytes) return QXFieldStatus::HasValue;
-  if (!entry.IsCached()) return QXFieldStatus::NoValue;
-  return entry.extras->object ? QXFieldStatus::HasValue : QXFieldStatus::Null;
+  if (entry->isNull) return QXFieldStatus::Null;
+  if (entry->hasBytes) return QXFieldStatus::HasValue;
+  if (!entry->isCached) return QXFieldStatus::NoValue;
+  return entry->object ? QXFieldStatus::HasValue : QXFieldStatus::Null;
 }
 
 bool QXRecord::HasField(const QXFieldBase& field, bool matchMeta) const {
@@ -116,13 +112,13 @@ bool QXRecord::HasField(const QXFieldBase& field, bool matchMeta) const {
 }
 
 QXFieldMeta QXRecord::GetFieldMeta(const std::string& name) const {
-  const NamedField* place = Impl().Resolve(QXFieldBase(name));
-  return place != nullptr && place->second.extras ? place->second.extras->meta : QXFieldMeta();
+  const FieldEntry* entry = Impl().Resolve(QXFieldBase(name));
+  return entry != nullptr && entry->extras ? entry->extras->meta : QXFieldMeta();
 }
 
 long QXRecord::GetFieldIdx(const QXFieldBase& field) const {
-  const NamedField* place = Impl().Find(field);
-  return place != nullptr ? long{place->second.index} : -1;
+  const FieldEntry* entry = Impl().Find(field);
+  return entry != nullptr ? long{entry->index} : -1;
 }
 
 long QXRecord::GetFieldIdx(const QXFieldBase& field) {
@@ -133,7 +129,7 @@ long QXRecord::GetFieldIdx(const QXFieldBase& field) {
 }
 
 bool QXRecord::IsEmpty() const {
-  return !impl_ || impl_->fields.empty();
+  return !impl_ || impl_->fields.IsEmpty();
 }
 
 void QXRecord::Clear() {
@@ -146,36 +142,41 @@ namespace {
 
 // The entry to read a value from; null where there is none, or it is null.
 FieldEntry* FindValue(QXRecordImpl& impl, const QXFieldBase& field) {
-  NamedField* place = impl.Find(field);
-  return place != nullptr && !place->second.isNull ? &place->second : nullptr;
+  FieldEntry* entry = impl.Find(field);
+  return entry != nullptr && !entry->isNull ? entry : nullptr;
 }
 
 // The object in the cache, if it is one of this field's own type: the entry's
 // may be another one, of which the field's is a tail.
 template <class T>
 const T* CachedObject(const FieldEntry& entry, const QXFieldBase& field) {
-  const bool isOwn = entry.IsCached() && entry.type == field.GetTypeName();
-  return isOwn ? static_cast<const T*>(entry.extras->object.get()) : nullptr;
+  const bool isOwn = entry.isCached && entry.type == field.GetTypeName();
+  return isOwn ? static_cast<const T*>(entry.object.get()) : nullptr;
 }
 
 // Calls `decode` with the bytes of a value. False if there are none, or it does.
 template <class Decode>
-bool DecodeBytes(QXRecordImpl& impl, FieldEntry& entry, Decode decode) {
-  return impl.UnloadValue(entry) && entry.hasBytes && decode(impl.Bytes(entry), entry.value.size);
+bool DecodeBytes(FieldEntry& entry, Decode decode) {
+  return QXRecordImpl::UnloadValue(entry) && entry.hasBytes &&
+         decode(entry.value.Data(), entry.value.Size());
 }
 
-// Sets the bytes of a value to what `append` appends.
-template <class Append>
-bool SetEncoded(QXRecordImpl& impl, const QXFieldBase& field, Append append) {
+// Sets a value to the `size` bytes that `store` stores.
+template <class Store>
+bool SetEncoded(QXRecordImpl& impl, const QXFieldBase& field, std::size_t size, Store store) {
   if (field.IsReadonly()) return false;
-  NamedField* place = impl.SetField(field, /*isNull=*/false);
-  if (place == nullptr) return false;
-  QXBytes& values = impl.StartValue();
-  const std::size_t start = values.size();
-  append(values);
-  impl.TakeValue(place->second, start);
-  place->second.DropCache();
+  FieldEntry* entry = impl.SetField(field, /*isNull=*/false);
+  if (entry == nullptr) return false;
+  store(entry->value.Set(size));
+  entry->hasBytes = true;
+  entry->DropCache();
   return true;
+}
+
+template <class T, class E>
+bool SetVector(QXRecordImpl& impl, const QXFieldBase& field, const std::vector<E>& value) {
+  return SetEncoded(impl, field, VectorSize<T>(value),
+                    [&](unsigned char* at) { StoreVector<T>(at, value); });
 }
 
 void TakeElements(std::vector<QXRecord>& to, const std::vector<std::optional<QXRecord>>& from) {
@@ -210,7 +211,7 @@ bool GetVector(QXRecordImpl& impl, std::vector<E>& value, const QXFieldBase& fie
   const auto decode = [&](const unsigned char* bytes, std::size_t size) {
     return DecodeElements<T>(value, bytes, size);
   };
-  if (DecodeBytes(impl, *entry, decode)) return true;
+  if (DecodeBytes(*entry, decode)) return true;
   value.clear();
   return false;
 }
@@ -218,14 +219,13 @@ bool GetVector(QXRecordImpl& impl, std::vector<E>& value, const QXFieldBase& fie
 }  // namespace
 
 bool QXRecord::HasValue(const QXFieldBase& field) const {
-  const NamedField* place = Impl().Find(field);
-  return place != nullptr &&
-         (place->second.hasBytes || place->second.IsCached() || place->second.isNull);
+  const FieldEntry* entry = Impl().Find(field);
+  return entry != nullptr && (entry->hasBytes || entry->isCached || entry->isNull);
 }
 
 bool QXRecord::IsNA(const QXFieldBase& field) const {
-  const NamedField* place = Impl().Find(field);
-  return place != nullptr && place->second.isNull;
+  const FieldEntry* entry = Impl().Find(field);
+  return entry != nullptr && entry->isNull;
 }
 
 bool QXRecord::IsNA(const std::string& name) const {
@@ -233,13 +233,12 @@ bool QXRecord::IsNA(const std::string& name) const {
 }
 
 bool QXRecord::ClearValue(const QXFieldBase& field) {
-  NamedField* place = Impl().Find(field);
-  if (place == nullptr) return false;
-  FieldEntry& entry = place->second;
-  const bool hadValue = entry.IsCached() || entry.hasBytes;
-  entry.DropCache();
-  if (entry.hasBytes) entry.isNull = false;
-  impl_->DropValue(entry);
+  FieldEntry* entry = Impl().Find(field);
+  if (entry == nullptr) return false;
+  const bool hadValue = entry->isCached || entry->hasBytes;
+  entry->DropCache();
+  if (entry->hasBytes) entry->isNull = false;
+  entry->DropValue();
   return hadValue;
 }
 
@@ -259,13 +258,13 @@ bool QXRecord::GetValue(T& value, const QXField<T>& field) const {
       const auto decodeRecord = [&](const unsigned char* bytes, std::size_t size) {
         return DecodeValue(*record, bytes, size);
       };
-      if (DecodeBytes(*impl_, *entry, decodeRecord)) {
-        CacheOnRead(field, record);
+      if (DecodeBytes(*entry, decodeRecord)) {
+        impl_->SetCache(*entry, record, /*isClean=*/true);
         value = T(*record);
         return true;
       }
     } else {
-      if (DecodeBytes(*impl_, *entry, decode)) return true;
+      if (DecodeBytes(*entry, decode)) return true;
     }
   }
   value = T();
@@ -315,8 +314,17 @@ template <class T>
 bool QXRecord::SetValue(const QXField<T>& field, const std::common_type_t<T>& value) {
   if constexpr (std::is_same_v<T, QXRecord>)
     return AddToCache(field, std::make_shared<QXRecord>(value));
+  else if constexpr (std::is_same_v<T, QXRange>)
+    return SetBytes(field, QXFieldType<T>::ToBytes(value));
   else
-    return SetEncoded(Impl(), field, [&](QXBytes& out) { AppendValue(out, value); });
+    return SetEncoded(Impl(), field, ValueSize(value),
+                      [&](unsigned char* at) { StoreValue(at, value); });
+}
+
+bool QXRecord::SetValue(const QXField<QXRecord>& field, QXRecord&& value) {
+  auto record = std::make_shared<QXRecord>(std::move(value));
+  record->DropSourceID();
+  return AddToCache(field, std::move(record));
 }
 
 template <class T>
@@ -324,7 +332,7 @@ bool QXRecord::SetValue(const QXVectorField<T>& field, const std::vector<std::op
   if constexpr (std::is_same_v<T, QXRecord>)
     return AddToCache(field, QXVectorFieldType<T>::GetCopyForCache(value));
   else
-    return SetEncoded(Impl(), field, [&](QXBytes& out) { AppendVector<T>(out, value); });
+    return SetVector<T>(Impl(), field, value);
 }
 
 template <class T>
@@ -332,12 +340,12 @@ bool QXRecord::SetValue(const QXVectorField<T>& field, const std::vector<T>& val
   if constexpr (std::is_same_v<T, QXRecord>)
     return SetValue(field, std::vector<std::optional<T>>(value.begin(), value.end()));
   else
-    return SetEncoded(Impl(), field, [&](QXBytes& out) { AppendVector<T>(out, value); });
+    return SetVector<T>(Impl(), field, value);
 }
 
 template <class T, class From, class>
 bool QXRecord::SetValue(const QXVectorField<T>& field, const std::vector<From>& value) {
-  return SetEncoded(Impl(), field, [&](QXBytes& out) { AppendVector<T>(out, value); });
+  return SetVector<T>(Impl(), field, value);
 }
 
 QXBytes QXRecord::GetBytes(const QXFieldBase& field) const {
@@ -352,54 +360,53 @@ QXBytes QXRecord::GetBytes(const std::string& name) const {
 
 bool QXRecord::GetBytes(QXBytes& bytes, const QXFieldBase& field) const {
   FieldEntry* entry = FindValue(Impl(), field);
-  return entry != nullptr &&
-         DecodeBytes(*impl_, *entry, [&](const unsigned char* from, std::size_t size) {
+  return entry != nullptr && DecodeBytes(*entry, [&](const unsigned char* from, std::size_t size) {
            Append(bytes, from, size);
            return true;
          });
 }
 
 bool QXRecord::SetBytes(const QXFieldBase& field, const QXBytes& bytes) {
-  return SetEncoded(Impl(), field, [&](QXBytes& out) { AppendValue(out, bytes); });
+  return SetEncoded(Impl(), field, bytes.size(), [&](unsigned char* at) { StoreValue(at, bytes); });
 }
 
 bool QXRecord::SetBytes(const QXFieldBase& field, const std::optional<QXBytes>& bytes) {
   if (bytes) return SetBytes(field, *bytes);
   if (field.IsReadonly()) return false;
-  NamedField* place = Impl().SetField(field, /*isNull=*/true);
-  if (place == nullptr) return false;
-  place->second.DropCache();
+  FieldEntry* entry = Impl().SetField(field, /*isNull=*/true);
+  if (entry == nullptr) return false;
+  entry->DropCache();
   return true;
 }
 
 // ---- Cache of decoded values ----
 
 std::shared_ptr<void> QXRecord::CheckCache(const QXFieldBase& field, bool onlyDirty) const {
-  const NamedField* place = Impl().Find(field);
-  if (place == nullptr || !place->second.IsCached()) return nullptr;
-  const FieldExtras& extras = *place->second.extras;
-  return onlyDirty && extras.isClean ? nullptr : extras.object;
+  const FieldEntry* entry = Impl().Find(field);
+  if (entry == nullptr || !entry->isCached) return nullptr;
+  return onlyDirty && entry->isClean ? nullptr : entry->object;
 }
 
 void QXRecord::CacheOnRead(const QXFieldBase& field, std::shared_ptr<void> object) const {
-  NamedField* place = object ? Impl().Find(field) : nullptr;
-  if (place != nullptr) place->second.SetCache(std::move(object), /*isClean=*/true);
+  FieldEntry* entry = object ? Impl().Find(field) : nullptr;
+  if (entry != nullptr) impl_->SetCache(*entry, std::move(object), /*isClean=*/true);
 }
 
 bool QXRecord::AddToCache(const QXFieldBase& field, std::shared_ptr<void> object) {
-  if (field.IsReadonly() || !AddField(field)) return false;
-  impl_->Find(field)->second.SetCache(std::move(object), /*isClean=*/false);
-  return true;
+  if (field.IsReadonly()) return false;
+  FieldEntry* entry = Impl().SetField(field, /*isNull=*/false, /*freeIndex=*/true);
+  if (entry != nullptr) impl_->SetCache(*entry, std::move(object), /*isClean=*/false);
+  return entry != nullptr;
 }
 
 void QXRecord::MarkCacheDirty(const QXFieldBase& field, bool addField) {
-  NamedField* place = Impl().Find(field);
-  if (place != nullptr && place->second.IsCached()) place->second.extras->isClean = false;
+  FieldEntry* entry = Impl().Find(field);
+  if (entry != nullptr && entry->isCached) entry->isClean = false;
   if (addField) impl_->SetField(field, /*isNull=*/false);
 }
 
 void QXRecord::ClearCacheEntry(int index) {
-  for (auto& [name, entry] : Impl().fields)
+  for (FieldEntry& entry : Impl().fields)
     if (long{entry.index} == index) entry.DropCache();
 }
 
@@ -434,18 +441,16 @@ namespace {
 
 // The decoded children of a field; null for a field that is not there.
 ChildCache* LoadedChildren(QXRecordImpl& impl, const QXFieldBase& field) {
-  NamedField* place = impl.Find(field);
-  if (place == nullptr) return nullptr;
-  QXRecordImpl::LoadChildren(place->second);
-  return place->second.extras->childCache.get();
+  FieldEntry* entry = impl.Find(field);
+  return entry != nullptr ? &impl.LoadChildren(*entry) : nullptr;
 }
 
 }  // namespace
 
 bool QXRecord::HasChildRecords(const QXFieldBase& field) const {
-  const NamedField* place = Impl().Find(field);
-  if (place == nullptr || !place->second.extras) return false;
-  const FieldExtras& extras = *place->second.extras;
+  const FieldEntry* entry = Impl().Find(field);
+  if (entry == nullptr || !entry->extras) return false;
+  const FieldExtras& extras = *entry->extras;
   if (extras.childCache)
     for (const auto& [key, child] : *extras.childCache)
       if (!child->IsEmpty()) return true;
@@ -507,7 +512,7 @@ bool QXRecord::DeleteChildRecord(const QXFieldBase& field, const std::string& ke
   ChildCache* children = LoadedChildren(Impl(), field);
   if (children == nullptr || children->erase(key) == 0) return false;
   // Bytes without one of the decoded children would bring it back.
-  if (children->empty()) impl_->Find(field)->second.extras->children.clear();
+  if (children->empty()) impl_->Find(field)->extras->children.clear();
   return true;
 }
 
@@ -517,17 +522,17 @@ bool QXRecord::DeleteChildRecords(const QXFieldBase& field) {
 
 QXBytes QXRecord::GetChildBytes(const QXFieldBase& field) const {
   FixChildCache(field);
-  NamedField* place = Impl().Find(field);
-  if (place == nullptr || !QXRecordImpl::UnloadChildren(place->second)) return {};
-  return place->second.extras ? place->second.extras->children : QXBytes();
+  FieldEntry* entry = Impl().Find(field);
+  if (entry == nullptr || !QXRecordImpl::UnloadChildren(*entry)) return {};
+  return entry->extras ? entry->extras->children : QXBytes();
 }
 
 bool QXRecord::SetChildBytes(const QXFieldBase& field, const QXBytes& bytes) {
-  NamedField* place = Impl().Find(field);
-  if (place == nullptr) return false;
-  if (!bytes.empty() || place->second.extras) {
-    place->second.Extras().children = bytes;
-    place->second.extras->childCache.reset();
+  FieldEntry* entry = Impl().Find(field);
+  if (entry == nullptr) return false;
+  if (!bytes.empty() || entry->extras) {
+    entry->Extras().children = bytes;
+    entry->extras->childCache.reset();
   }
   return true;
 }
@@ -541,9 +546,15 @@ QXBytes QXRecord::ToBytes() const {
 }
 
 void QXRecord::ToBytes(QXBytes& bytes) const {
-  if (!impl_) return QXRecordImpl().Write(bytes);
+  QXRecordImpl::Write(*this, bytes);
+}
+
+// Leaves nothing in the caches that the bytes lack. False if objects are nested
+// too deep.
+bool QXRecord::Unload() const {
+  if (!impl_) return true;
   const QXSystem::QXNestingScope level;
-  if (level && UnloadChildren() && impl_->UnloadValues()) impl_->Write(bytes);
+  return level && UnloadChildren() && impl_->UnloadValues();
 }
 
 bool QXRecord::FromBytes(const unsigned char* bytes, std::size_t size) {

@@ -162,6 +162,9 @@ public:
   template <class T>
   bool SetValue(const QXVectorField<T>& field, const std::vector<T>& value);
 
+  /// The same without a copy: what `value` has in its caches goes along.
+  bool SetValue(const QXField<QXRecord>& field, QXRecord&& value);
+
   /// The same from elements that widen: `int` and `unsigned` to `long`, `float`
   /// to `double`.
   template <class T, class From, class = std::enable_if_t<QXWidens<From, T>>>
@@ -281,6 +284,7 @@ private:
   bool CopyFrom(const QXRecord& other);
   void DropSourceID();
   bool UnloadChildren() const;
+  bool Unload() const;
 
   mutable std::unique_ptr<QXRecordImpl> impl_;  // null while the record has nothing in it
 };

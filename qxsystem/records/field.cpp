@@ -348,12 +348,14 @@ QXFieldBase MakeFieldBase(const std::string& name, const std::string& type, QXFi
 
 template <class T>
 QXField<T>::QXField(const std::string& name, QXFieldMeta meta, bool readonly, bool nullable)
-    : QXFieldBase(Row<QXFieldType<T>>.name, "", name, std::move(meta), readonly, nullable) {}
+    : QXFieldBase(std::string(Row<QXFieldType<T>>.name), "", name, std::move(meta), readonly,
+                  nullable) {}
 
 template <class T>
 QXVectorField<T>::QXVectorField(const std::string& name, QXFieldMeta meta, bool readonly,
                                 bool nullable)
-    : QXFieldBase(Row<QXVectorFieldType<T>>.name, "", name, std::move(meta), readonly, nullable) {}
+    : QXFieldBase(std::string(Row<QXVectorFieldType<T>>.name), "", name, std::move(meta), readonly,
+                  nullable) {}
 
 template class QXField<long>;
 template class QXField<std::string>;

@@ -17,45 +17,43 @@ constexpr std::uint32_t RecordIndex = 0;
 
 // ---- Reading ----
 
-// Values and metadata refer to fields by index and may come before them, so they
-// are noted while sections are read and given to the fields at the end.
+// Reads the sections of a record in two passes. What is stored by index, values,
+// metadata and children, may come before the fields that have the indices.
 class Reader {
 public:
   explicit Reader(QXRecordImpl& record) : record_(record) {}
 
   // What was read before damage is in the record.
   bool Read(Cursor payload) {
-    const bool isWhole = ReadSections(payload);
-    return Assign() && isWhole;
+    Cursor read = payload;
+    const bool isWhole = ReadSections(read, fieldSections, /*keepUnknown=*/true);
+    if (!MapIndices()) return false;
+    payload = Cursor(payload.At(), read.At());
+    return ReadSections(payload, valueSections, /*keepUnknown=*/false) && isWhole;
   }
 
 private:
-  // A value, its place in the record's block of values; or null.
-  struct Value {
-    std::uint32_t index;
-    bool isNull;
-    Span span;
-  };
-
   struct Section {
     std::string_view tag;
     bool (Reader::*read)(Cursor);
   };
-  static constexpr std::size_t NumSections = 5;
-  static const Section sections[NumSections];
+  using Sections = Section[3];
+  static const Sections fieldSections, valueSections;
 
-  bool ReadSections(Cursor payload) {
+  // Stops in front of a section that is damaged.
+  bool ReadSections(Cursor& payload, const Sections& sections, bool keepUnknown) {
     while (payload.Left() != 0) {
-      const unsigned char* begin = payload.At();
+      Cursor next = payload, content = payload;
       std::string_view tag;
-      Cursor content = payload;
-      if (!payload.Section(tag, content)) return false;
-      const auto* section = std::find_if(std::begin(sections), std::end(sections),
-                                         [tag](const Section& known) { return known.tag == tag; });
-      if (section == std::end(sections))
-        Append(record_.unknown, begin, static_cast<std::size_t>(payload.At() - begin));
-      else if (!(this->*section->read)(content))
-        return false;
+      if (!next.Section(tag, content)) return false;
+      const auto isTag = [tag](const Section& section) { return section.tag == tag; };
+      const auto* section = std::find_if(sections, sections + 3, isTag);
+      if (section != sections + 3) {
+        if (!(this->*section->read)(content)) return false;
+      } else if (keepUnknown && std::none_of(valueSections, valueSections + 3, isTag)) {
+        Append(record_.unknown, payload.At(), static_cast<std::size_t>(next.At() - payload.At()));
+      }
+      payload = next;
     }
     return true;
   }
@@ -67,6 +65,8 @@ private:
   }
 
   bool ReadFields(Cursor from) {
+    constexpr std::size_t usualSize = 16;
+    record_.fields.Reserve(from.Left() / usualSize + 1);
     while (from.Left() != 0) {
       std::string_view name, type;
       std::uint32_t index;
@@ -74,15 +74,36 @@ private:
       if (!from.Text(name) || !from.Number(index) || index == RecordIndex || !from.Text(type) ||
           !from.Bool(nullable, isNone))
         return false;
-      FieldEntry& entry =
-          record_.fields.try_emplace(record_.fields.end(), std::string(name))->second;
-      entry = FieldEntry();
+      FieldEntry& entry = record_.fields.Add(name);
+      entry.Reset();
       entry.index = index;
       entry.nullable = nullable;
-      const TypeName split = SplitTypeName(type);
-      entry.SetType(split.space, split.type);
+      record_.fields.SetType(entry, type);
     }
     return true;
+  }
+
+  // Most indices are as small as if no field was ever deleted, and have their
+  // place in a table. False if two fields have the same, of which one is deleted.
+  bool MapIndices() {
+    std::vector<const FieldEntry*> twice;
+    small_.resize(2 * record_.fields.Size() + 16);
+    for (FieldEntry& entry : record_.fields) {
+      FieldEntry*& place = entry.index < small_.size() ? small_[entry.index] : large_[entry.index];
+      if (place == nullptr)
+        place = &entry;
+      else
+        twice.push_back(&entry);
+    }
+    for (const FieldEntry* entry : twice) record_.fields.Erase(*entry);
+    return twice.empty();
+  }
+
+  // The field with this index, null for none.
+  FieldEntry* Find(std::uint32_t index) const {
+    if (index < small_.size()) return small_[index];
+    const auto place = large_.find(index);
+    return place != large_.end() ? place->second : nullptr;
   }
 
   bool ReadMeta(Cursor from) {
@@ -92,9 +113,13 @@ private:
       std::vector<QXMeta::Attribute> attributes;
       if (!from.Number(index) || !ReadOptions(from, options) || !ReadAttributes(from, attributes))
         return false;
-      QXFieldMeta& meta = metas_[index];
-      meta.Clear();
-      meta.SetOptions(options).SetAttributes(std::move(attributes));
+      FieldEntry* entry = Find(index);
+      QXMeta* meta = index == RecordIndex ? static_cast<QXMeta*>(&record_.Meta())
+                     : entry != nullptr   ? &entry->Extras().meta
+                                          : nullptr;
+      if (meta == nullptr) continue;
+      meta->Clear();
+      meta->SetOptions(options).SetAttributes(std::move(attributes));
     }
     return true;
   }
@@ -128,82 +153,127 @@ private:
     return true;
   }
 
+  // All values are copied at once. A null stays one whatever else is stored for
+  // its index.
   bool ReadData(Cursor from) {
     const unsigned char* const begin = from.At();
-    const std::size_t offset = record_.values.size();
-    Append(record_.values, begin, from.Left());
+    unsigned char* const copy = record_.fields.Take(from.Left());
+    StoreBytes(copy, begin, from.Left());
     while (from.Left() != 0) {
       std::uint32_t index;
       std::string_view bytes;
       bool isNull;
       if (!from.Number(index) || !from.Text(bytes, isNull)) return false;
-      const auto behind = static_cast<std::size_t>(from.At() - begin);
-      values_.push_back({index, isNull, {offset + behind - bytes.size(), bytes.size()}});
+      FieldEntry* entry = Find(index);
+      if (entry == nullptr) continue;
+      entry->hasBytes = true;
+      entry->isNull = entry->isNull || isNull;
+      entry->value.Refer(copy + (from.At() - begin) - bytes.size(), bytes.size());
     }
     return true;
   }
 
   bool ReadChildren(Cursor from) {
-    children_.clear();
+    for (FieldEntry& entry : record_.fields)
+      if (entry.extras) entry.extras->children.clear();
     while (from.Left() != 0) {
       std::uint32_t index;
       std::string_view bytes;
       bool isNone;
       if (!from.Number(index) || !from.Text(bytes, isNone)) return false;
-      children_[index] = bytes;
+      if (FieldEntry* entry = Find(index))
+        entry->Extras().children.assign(bytes.begin(), bytes.end());
     }
     return true;
   }
 
-  // Gives the fields what was read for their indices. False if two have one
-  // index, of which one is deleted.
-  bool Assign() {
-    fields_ = record_.ByIndex();
-    bool isUnique = true;
-    for (std::size_t i = 1; i < fields_.size(); ++i)
-      if (fields_[i]->second.index == fields_[i - 1]->second.index) {
-        record_.fields.erase(record_.fields.find(std::exchange(fields_[i], fields_[i - 1])->first));
-        isUnique = false;
-      }
-    for (const Value& value : values_) {
-      FieldEntry* entry = Find(value.index);
-      if (entry == nullptr) continue;
-      entry->hasBytes = true;
-      entry->isNull = entry->isNull || value.isNull;
-      entry->value = value.span;
-    }
-    for (auto& [index, meta] : metas_)
-      if (FieldEntry* entry = meta.IsEmpty() ? nullptr : Find(index))
-        entry->Extras().meta = std::move(meta);
-      else if (index == RecordIndex)
-        record_.Meta() = static_cast<const QXMeta&>(meta);
-    for (const auto& [index, bytes] : children_)
-      if (FieldEntry* entry = Find(index))
-        entry->Extras().children.assign(bytes.begin(), bytes.end());
-    return isUnique;
-  }
-
-  FieldEntry* Find(std::uint32_t index) const {
-    const auto place = std::lower_bound(
-        fields_.begin(), fields_.end(), index,
-        [](const NamedField* field, std::uint32_t key) { return field->second.index < key; });
-    return place != fields_.end() && (*place)->second.index == index ? &(*place)->second : nullptr;
-  }
-
   QXRecordImpl& record_;
-  std::vector<NamedField*> fields_;  // by index
-  std::vector<Value> values_;
-  std::map<std::uint32_t, QXFieldMeta> metas_;
-  std::map<std::uint32_t, std::string_view> children_;
+  std::vector<FieldEntry*> small_;  // fields by index
+  std::map<std::uint32_t, FieldEntry*> large_;
 };
 
-const Reader::Section Reader::sections[] = {{VersionTag, &Reader::ReadVersion},
-                                            {FieldsTag, &Reader::ReadFields},
-                                            {MetaTag, &Reader::ReadMeta},
-                                            {DataTag, &Reader::ReadData},
-                                            {ChildrenTag, &Reader::ReadChildren}};
+const Reader::Sections Reader::fieldSections = {{VersionTag, &Reader::ReadVersion},
+                                                {FieldsTag, &Reader::ReadFields}};
+const Reader::Sections Reader::valueSections = {{MetaTag, &Reader::ReadMeta},
+                                                {DataTag, &Reader::ReadData},
+                                                {ChildrenTag, &Reader::ReadChildren}};
 
 // ---- Writing ----
+
+// Takes the bytes of a section, into memory that is large enough.
+class MemoryOut {
+public:
+  explicit MemoryOut(unsigned char* at) : at_(at) {}
+
+  template <class Integer>
+  void Int(Integer value) {
+    at_ = StoreInt(at_, value);
+  }
+  void Byte(unsigned char value) { *at_++ = value; }
+  void Bytes(const void* bytes, std::size_t size) { at_ = StoreBytes(at_, bytes, size); }
+
+private:
+  unsigned char* at_;
+};
+
+// The same into a stream. What is small is collected first.
+class StreamOut {
+public:
+  explicit StreamOut(QXPlatform::qxostream& out) : out_(out) {}
+
+  template <class Integer>
+  void Int(Integer value) {
+    at_ = StoreInt(Room(9), value);
+  }
+  void Byte(unsigned char value) {
+    *Room(1) = value;
+    ++at_;
+  }
+  void Bytes(const void* bytes, std::size_t size) {
+    if (size > sizeof buffer_ / 4) {
+      Flush();
+      Write(static_cast<const unsigned char*>(bytes), size);
+    } else {
+      at_ = StoreBytes(Room(size), bytes, size);
+    }
+  }
+
+  // False if the stream refused bytes.
+  bool Flush() {
+    Write(buffer_, static_cast<std::size_t>(at_ - buffer_));
+    at_ = buffer_;
+    return taken_;
+  }
+
+private:
+  unsigned char* Room(std::size_t size) {
+    if (size > static_cast<std::size_t>(buffer_ + sizeof buffer_ - at_)) Flush();
+    return at_;
+  }
+  void Write(const unsigned char* bytes, std::size_t size) {
+    taken_ = taken_ && out_.write(bytes, size) == size;
+  }
+
+  QXPlatform::qxostream& out_;
+  unsigned char buffer_[1024];
+  unsigned char* at_ = buffer_;
+  bool taken_ = true;
+};
+
+template <class Out>
+void PutText(Out& out, const void* bytes, std::size_t size) {
+  out.Int(size);
+  out.Bytes(bytes, size);
+}
+template <class Out>
+void PutText(Out& out, std::string_view text) {
+  PutText(out, text.data(), text.size());
+}
+template <class Out>
+void PutSectionHead(Out& out, std::string_view tag, std::size_t payload) {
+  PutText(out, tag);
+  out.Int(payload);
+}
 
 std::size_t MetaSize(std::uint32_t index, const QXMeta& meta) {
   std::size_t size =
@@ -212,27 +282,85 @@ std::size_t MetaSize(std::uint32_t index, const QXMeta& meta) {
   for (const auto& [id, bytes] : meta.GetAttributes()) size += IntSize(id) + bytes.size();
   return size;
 }
-
-unsigned char* StoreMeta(unsigned char* at, std::uint32_t index, const QXMeta& meta) {
-  at = StoreInt(StoreInt(at, index), meta.GetOptions().size());
-  for (const unsigned option : meta.GetOptions()) at = StoreInt(at, option);
-  at = StoreInt(at, meta.GetAttributes().size());
-  for (const auto& [id, bytes] : meta.GetAttributes())
-    at = StoreBytes(StoreInt(at, id), bytes.data(), bytes.size());
-  return at;
+template <class Out>
+void PutMeta(Out& out, std::uint32_t index, const QXMeta& meta) {
+  out.Int(index);
+  out.Int(meta.GetOptions().size());
+  for (const unsigned option : meta.GetOptions()) out.Int(option);
+  out.Int(meta.GetAttributes().size());
+  for (const auto& [id, bytes] : meta.GetAttributes()) {
+    out.Int(id);
+    out.Bytes(bytes.data(), bytes.size());
+  }
 }
 
-// The payloads of the sections that are tables.
+// The sizes of a record's section, of its payload, and of the tables in that.
 struct Sizes {
+  std::size_t whole = 0, payload = 0;
   std::size_t fields = 0, meta = 0, data = 0, children = 0;
+
+  explicit Sizes(const QXRecordImpl& record) {
+    for (const FieldEntry& entry : record.fields) {
+      const std::size_t index = IntSize(entry.index);
+      fields += TextSize(entry.name.size()) + index + TextSize(entry.type.size()) + 1;
+      if (entry.HasMeta()) meta += MetaSize(entry.index, entry.extras->meta);
+      if (entry.isNull)
+        data += index + 1;
+      else if (entry.hasBytes)
+        data += index + TextSize(entry.value.Size());
+      if (entry.HasChildren()) children += index + TextSize(entry.extras->children.size());
+    }
+    if (record.HasMeta()) meta += MetaSize(RecordIndex, *record.meta);
+    payload = SectionSize(VersionTag, TextSize(RecordVersion.size())) + record.unknown.size();
+    if (fields != 0) payload += SectionSize(FieldsTag, fields);
+    if (meta != 0) payload += SectionSize(MetaTag, meta);
+    if (data != 0) payload += SectionSize(DataTag, data);
+    if (children != 0) payload += SectionSize(ChildrenTag, children);
+    whole = SectionSize(RecordTag, payload);
+  }
 };
 
 // A section with nothing in it is left out.
-std::size_t TableSize(std::string_view tag, std::size_t payload) {
-  return payload != 0 ? SectionSize(tag, payload) : 0;
-}
-unsigned char* StoreTableHead(unsigned char* at, std::string_view tag, std::size_t payload) {
-  return payload != 0 ? StoreSectionHead(at, tag, payload) : at;
+template <class Out>
+void PutRecord(Out& out, const QXRecordImpl& record, const Sizes& sizes) {
+  PutSectionHead(out, RecordTag, sizes.payload);
+  PutSectionHead(out, VersionTag, TextSize(RecordVersion.size()));
+  PutText(out, RecordVersion);
+
+  if (sizes.fields != 0) PutSectionHead(out, FieldsTag, sizes.fields);
+  for (const FieldEntry& entry : record.fields) {
+    PutText(out, entry.name);
+    out.Int(entry.index);
+    PutText(out, entry.type);
+    out.Byte(entry.nullable ? 1 : 0);
+  }
+
+  if (sizes.meta != 0) {
+    PutSectionHead(out, MetaTag, sizes.meta);
+    for (const FieldEntry& entry : record.fields)
+      if (entry.HasMeta()) PutMeta(out, entry.index, entry.extras->meta);
+    if (record.HasMeta()) PutMeta(out, RecordIndex, *record.meta);
+  }
+
+  if (sizes.data != 0) PutSectionHead(out, DataTag, sizes.data);
+  for (const FieldEntry& entry : record.fields) {
+    if (!entry.isNull && !entry.hasBytes) continue;
+    out.Int(entry.index);
+    if (entry.isNull)
+      out.Byte(NoneByte);
+    else
+      PutText(out, entry.value.Data(), entry.value.Size());
+  }
+
+  if (sizes.children != 0) {
+    PutSectionHead(out, ChildrenTag, sizes.children);
+    for (const FieldEntry* entry : record.ByIndex()) {
+      if (!entry->HasChildren()) continue;
+      out.Int(entry->index);
+      PutText(out, entry->extras->children.data(), entry->extras->children.size());
+    }
+  }
+  out.Bytes(record.unknown.data(), record.unknown.size());
 }
 
 }  // namespace
@@ -240,77 +368,33 @@ unsigned char* StoreTableHead(unsigned char* at, std::string_view tag, std::size
 bool QXRecordImpl::Read(QXRecord& record, Cursor payload) {
   record.Clear();
   QXRecordImpl& impl = record.Impl();
-  const bool isWhole = impl.Read(payload);
+  const bool isWhole = Reader(impl).Read(payload);
+  impl.lastIndexKnown_ = false;
   // Many small records would be mostly memory for what they don't have.
   if (impl.IsVoid()) record.impl_.reset();
   return isWhole;
 }
 
-bool QXRecordImpl::Read(Cursor payload) {
-  const bool isWhole = Reader(*this).Read(payload);
-  lastIndexKnown_ = false;
-  dead_ = values.size();
-  for (const auto& [name, entry] : fields) dead_ -= entry.value.size;
-  return isWhole;
+void QXRecordImpl::Write(const QXRecord& record, QXBytes& bytes) {
+  if (!record.Unload()) return;
+  const Sizes sizes(record.Impl());
+  MemoryOut out(Grow(bytes, sizes.whole));
+  PutRecord(out, record.Impl(), sizes);
 }
 
-// Sizes first, then all bytes into room that is exactly as large.
-void QXRecordImpl::Write(QXBytes& out) {
-  Sizes sizes;
-  std::vector<const FieldEntry*> parents;
-  for (const auto& [name, entry] : fields) {
-    const std::size_t index = IntSize(entry.index);
-    sizes.fields += TextSize(name.size()) + index + TextSize(entry.type.size()) + 1;
-    if (entry.HasMeta()) sizes.meta += MetaSize(entry.index, entry.extras->meta);
-    if (entry.isNull)
-      sizes.data += index + 1;
-    else if (entry.hasBytes)
-      sizes.data += index + TextSize(entry.value.size);
-    if (!entry.HasChildren()) continue;
-    sizes.children += index + TextSize(entry.extras->children.size());
-    parents.push_back(&entry);
-  }
-  if (meta && !meta->IsEmpty()) sizes.meta += MetaSize(RecordIndex, *meta);
-  const std::size_t size = SectionSize(VersionTag, TextSize(RecordVersion.size())) +
-                           TableSize(FieldsTag, sizes.fields) + TableSize(MetaTag, sizes.meta) +
-                           TableSize(DataTag, sizes.data) + TableSize(ChildrenTag, sizes.children) +
-                           unknown.size();
+bool QXRecordImpl::Write(const QXRecord& record, ValueBytes& value) {
+  if (!record.Unload()) return false;
+  const Sizes sizes(record.Impl());
+  MemoryOut out(value.Set(sizes.whole));
+  PutRecord(out, record.Impl(), sizes);
+  return true;
+}
 
-  unsigned char* at = Grow(out, SectionSize(RecordTag, size));
-  at = StoreSectionHead(at, RecordTag, size);
-  at = StoreSectionHead(at, VersionTag, TextSize(RecordVersion.size()));
-  at = StoreText(at, RecordVersion);
-
-  at = StoreTableHead(at, FieldsTag, sizes.fields);
-  for (const auto& [name, entry] : fields) {
-    at = StoreText(StoreInt(StoreText(at, name), entry.index), entry.type);
-    *at++ = entry.nullable ? 1 : 0;
-  }
-
-  at = StoreTableHead(at, MetaTag, sizes.meta);
-  if (sizes.meta != 0) {
-    for (const auto& [name, entry] : fields)
-      if (entry.HasMeta()) at = StoreMeta(at, entry.index, entry.extras->meta);
-    if (meta && !meta->IsEmpty()) at = StoreMeta(at, RecordIndex, *meta);
-  }
-
-  at = StoreTableHead(at, DataTag, sizes.data);
-  for (const auto& [name, entry] : fields) {
-    if (!entry.isNull && !entry.hasBytes) continue;
-    at = StoreInt(at, entry.index);
-    if (entry.isNull)
-      *at++ = NoneByte;
-    else
-      at = StoreText(at, Bytes(entry), entry.value.size);
-  }
-
-  at = StoreTableHead(at, ChildrenTag, sizes.children);
-  std::sort(parents.begin(), parents.end(),
-            [](const FieldEntry* a, const FieldEntry* b) { return FieldEntryComparison(*a, *b); });
-  for (const FieldEntry* entry : parents)
-    at = StoreText(StoreInt(at, entry->index), entry->extras->children.data(),
-                   entry->extras->children.size());
-  StoreBytes(at, unknown.data(), unknown.size());
+bool QXRecordImpl::Write(const QXRecord& record, QXPlatform::qxostream& stream) {
+  if (!record.Unload()) return false;
+  StreamOut out(stream);
+  PutRecord(out, record.Impl(), Sizes(record.Impl()));
+  return out.Flush();
 }
 
 }  // namespace QXDataFlow

@@ -11,30 +11,7 @@
 
 namespace QXDataFlow {
 
-// ---- Memory for nodes ----
-
-NodePool::~NodePool() {
-  while (chunks_ != nullptr) ::operator delete(std::exchange(chunks_, chunks_->next));
-}
-
-void NodePool::AddChunk(std::size_t nodeSize) {
-  void* chunk = ::operator new(sizeof(Link) + nextNodes_ * nodeSize);
-  chunks_ = new (chunk) Link{chunks_};
-  auto* const nodes = reinterpret_cast<unsigned char*>(chunks_ + 1);
-  for (std::size_t i = nextNodes_; i > 0; --i) Free(nodes + (i - 1) * nodeSize);
-  nextNodes_ *= 2;
-}
-
-// ---- Entries ----
-
 namespace {
-
-// The name of a built-in type as it stands in their table; empty for others.
-std::string_view BuiltInName(std::string_view name) {
-  std::string_view known;
-  VisitBuiltIn(name, [&](const auto& handler) { known = NameOf(handler); });
-  return known;
-}
 
 const QXFieldTypeHandler* FindHandler(std::string_view type) {
   const QXFieldTypeHandler* found = nullptr;
@@ -52,69 +29,46 @@ bool TakeTail(std::string_view& text, std::string_view tail) {
 // What records in the course of destruction still have to let go of.
 thread_local std::vector<std::shared_ptr<void>>* dying = nullptr;
 
-void MoveObjects(FieldMap& fields, std::vector<std::shared_ptr<void>>& to) {
-  for (auto& [name, entry] : fields) {
-    if (!entry.extras) continue;
-    if (entry.extras->object) to.push_back(std::move(entry.extras->object));
-    if (!entry.extras->childCache) continue;
+void MoveObjects(FieldTable& fields, std::vector<std::shared_ptr<void>>& to) {
+  for (FieldEntry& entry : fields) {
+    if (entry.object) to.push_back(std::move(entry.object));
+    if (!entry.extras || !entry.extras->childCache) continue;
     for (auto& [key, child] : *entry.extras->childCache) to.push_back(std::move(child));
   }
 }
 
 }  // namespace
 
-void FieldEntry::SetType(std::string_view space, std::string_view name) {
-  type = space.empty() ? BuiltInName(name) : std::string_view();
-  if (!type.empty()) return;
-  std::string& full = Extras().type;
-  extras->typeSpace = space.size();
-  full.assign(space).append(space.empty() ? "" : ":").append(name);
-  type = full;
-}
-
-void FieldEntry::SetCache(std::shared_ptr<void> object, bool isClean) {
-  Extras().object = std::move(object);
-  extras->isCached = true;
-  extras->isClean = isClean;
-}
-
-void FieldEntry::DropCache() {
-  if (!extras) return;
-  extras->isCached = extras->isClean = false;
-  extras->object.reset();
-}
-
 // ---- The record ----
 
 QXRecordImpl::QXRecordImpl(const QXRecordImpl& other)
-    : values(other.values),
-      unknown(other.unknown),
+    : unknown(other.unknown),
       meta(other.meta ? std::make_unique<QXRecordMeta>(*other.meta) : nullptr),
-      dead_(other.dead_),
       lastIndex_(other.lastIndex_),
       lastIndexKnown_(other.lastIndexKnown_) {
-  for (const auto& [name, from] : other.fields) {
-    FieldEntry& entry = fields.try_emplace(fields.end(), name)->second;
-    std::tie(entry.index, entry.nullable, entry.readonly, entry.isNull, entry.hasBytes, entry.type,
-             entry.value) = std::tie(from.index, from.nullable, from.readonly, from.isNull,
-                                     from.hasBytes, from.type, from.value);
+  fields.Reserve(other.fields.Size());
+  for (const FieldEntry& from : other.fields) {
+    FieldEntry& entry = fields.Add(from.name);
+    const std::string_view type = from.type;
+    const std::uint32_t space = from.typeSpace;
+    fields.SetType(entry, type.substr(0, space), type.substr(space != 0 ? space + 1 : 0));
+    entry.index = from.index;
+    entry.nullable = from.nullable;
+    entry.readonly = from.readonly;
+    entry.isNull = from.isNull;
+    entry.hasBytes = from.hasBytes;
+    StoreBytes(entry.value.Set(from.value.Size()), from.value.Data(), from.value.Size());
+    if (from.isCached && !from.isClean) SetCache(entry, from.object, /*isClean=*/false);
     if (!from.extras) continue;
-    FieldExtras& extras = entry.Extras();
-    extras.type = from.extras->type;
-    extras.typeSpace = from.extras->typeSpace;
-    if (from.HasOwnType()) entry.type = extras.type;
-    extras.meta = from.extras->meta;
-    extras.children = from.extras->children;
-    if (from.extras->isCached && !from.extras->isClean) {
-      extras.isCached = true;
-      extras.object = from.extras->object;
-    }
+    entry.Extras().meta = from.extras->meta;
+    entry.extras->children = from.extras->children;
   }
 }
 
 // Records in the caches of records in caches are let go of one after the other,
 // not one inside the other, which could take more stack than there is.
 QXRecordImpl::~QXRecordImpl() {
+  if (!mayHaveCaches_) return;
   std::vector<std::shared_ptr<void>> objects;
   if (dying != nullptr) {
     MoveObjects(fields, *dying);
@@ -133,6 +87,7 @@ QXRecordImpl::~QXRecordImpl() {
 // ---- Fields ----
 
 bool QXRecordImpl::TypeMatches(const FieldEntry& entry, const QXFieldBase& field) {
+  if (IsSameText(entry.type, field.type_) && field.typeNamespace_.empty()) return true;
   std::string_view stored = entry.type;
   return TakeTail(stored, field.type_) &&
          (field.typeNamespace_.empty() ||
@@ -143,75 +98,75 @@ bool QXRecordImpl::IsMetaMatch(const FieldEntry& entry, const QXFieldBase& field
   return field.meta_.IsSubsetOf(entry.extras ? entry.extras->meta : QXFieldMeta());
 }
 
-NamedField* QXRecordImpl::Resolve(const QXFieldBase& field) {
+FieldEntry* QXRecordImpl::Resolve(const QXFieldBase& field) {
   if (field.metaMatch_) {
     const std::string type = field.GetTypeName();
-    for (NamedField& place : fields)
-      if (place.second.type == type && IsMetaMatch(place.second, field)) return &place;
+    for (FieldEntry& entry : fields)
+      if (entry.type == type && IsMetaMatch(entry, field)) return &entry;
   }
-  const auto place = fields.find(field.name_);
-  return place != fields.end() ? &*place : nullptr;
+  return fields.Find(field.name_);
 }
 
-NamedField* QXRecordImpl::Find(const QXFieldBase& field) {
-  NamedField* place = Resolve(field);
-  return place != nullptr && TypeMatches(place->second, field) ? place : nullptr;
+FieldEntry* QXRecordImpl::Find(const QXFieldBase& field) {
+  FieldEntry* entry = Resolve(field);
+  return entry != nullptr && TypeMatches(*entry, field) ? entry : nullptr;
 }
 
-NamedField* QXRecordImpl::SetField(const QXFieldBase& field, bool isNull) {
-  NamedField* place = field.metaMatch_ ? Resolve(field) : nullptr;
-  if (place == nullptr) place = &*fields.try_emplace(field.name_).first;
-  FieldEntry& entry = place->second;
+FieldEntry* QXRecordImpl::SetField(const QXFieldBase& field, bool isNull, bool freeIndex) {
+  FieldEntry* found = field.metaMatch_ ? Resolve(field) : nullptr;
+  FieldEntry& entry = found != nullptr ? *found : fields.Add(field.name_);
   const bool isKnown = entry.index != 0 && TypeMatches(entry, field);
   if (isKnown && field.metaMatch_) {
     entry.Extras().meta.Merge(field.meta_);
     entry.isNull = isNull;
-    return place;
+    return &entry;
   }
   if (!isKnown) {
+    if (freeIndex && entry.index != 0) {
+      lastIndexKnown_ = lastIndexKnown_ && entry.index != lastIndex_;
+      entry.index = 0;
+    }
     const std::uint32_t index = NextIndex();
     if (index == 0) {
-      if (entry.index == 0) fields.erase(fields.find(place->first));
+      if (entry.index == 0) fields.Erase(entry);
       return nullptr;
     }
-    DropValue(entry);
-    entry = FieldEntry();
+    entry.Reset();
     entry.index = lastIndex_ = index;
   }
-  for (const unsigned option : field.meta_.GetOptions()) RemoveElsewhere(option, *place);
-  entry.SetType(field.typeNamespace_, field.type_);
+  for (const unsigned option : field.meta_.GetOptions()) RemoveElsewhere(option, entry);
+  if (!field.typeNamespace_.empty() || !IsSameText(entry.type, field.type_))
+    fields.SetType(entry, field.typeNamespace_, field.type_);
   entry.nullable = field.nullable_;
   entry.readonly = field.readonly_;
   entry.isNull = isNull;
   if (entry.HasMeta() || !field.meta_.IsEmpty()) entry.Extras().meta = field.meta_;
-  return place;
+  return &entry;
 }
 
 // An option that only one field may have leaves the others.
-void QXRecordImpl::RemoveElsewhere(unsigned option, const NamedField& place) {
+void QXRecordImpl::RemoveElsewhere(unsigned option, const FieldEntry& entry) {
   const unsigned mask = QXMetadata::QXGetMetaPerRecordMask(option);
   if (mask == 0) return;
-  for (NamedField& other : fields) {
-    if (&other == &place || !other.second.HasMeta()) continue;
-    QXFieldMeta& held = other.second.extras->meta;
+  for (FieldEntry& other : fields) {
+    if (&other == &entry || !other.HasMeta()) continue;
+    QXFieldMeta& held = other.extras->meta;
     const std::vector<unsigned> options = held.GetOptions();
     for (const unsigned present : options)
       if ((present & mask) == (option & mask)) held.RemoveOption(present);
   }
 }
 
-void QXRecordImpl::Erase(const NamedField& place) {
-  if (place.second.hasBytes) dead_ += place.second.value.size;
-  if (place.second.index == lastIndex_) lastIndexKnown_ = false;
-  fields.erase(fields.find(place.first));
+void QXRecordImpl::Erase(const FieldEntry& entry) {
+  if (entry.index == lastIndex_) lastIndexKnown_ = false;
+  fields.Erase(entry);
 }
 
 void QXRecordImpl::Clear() {
-  fields.clear();
-  values.clear();
+  fields.Clear();
   unknown.clear();
   meta.reset();
-  dead_ = 0;
+  mayHaveCaches_ = false;
   lastIndex_ = 0;
   lastIndexKnown_ = true;
 }
@@ -219,97 +174,67 @@ void QXRecordImpl::Clear() {
 std::uint32_t QXRecordImpl::NextIndex() {
   if (!lastIndexKnown_) {
     lastIndex_ = 0;
-    for (const auto& [name, entry] : fields) lastIndex_ = std::max(lastIndex_, entry.index);
+    for (const FieldEntry& entry : fields) lastIndex_ = std::max(lastIndex_, entry.index);
     lastIndexKnown_ = true;
   }
   const bool isLeft = lastIndex_ < std::numeric_limits<std::uint32_t>::max();
   return isLeft ? lastIndex_ + 1 : 0;
 }
 
-QXFieldBase QXRecordImpl::MakeField(const NamedField& place) {
-  const FieldEntry& entry = place.second;
-  const std::size_t space = entry.HasOwnType() ? entry.extras->typeSpace : 0;
+QXFieldBase QXRecordImpl::MakeField(const FieldEntry& entry) {
+  const std::uint32_t space = entry.typeSpace;
   return {std::string(entry.type.substr(space != 0 ? space + 1 : 0)),
           std::string(entry.type.substr(0, space)),
-          place.first,
+          entry.name,
           entry.extras ? entry.extras->meta : QXFieldMeta(),
           entry.readonly,
           entry.nullable};
 }
 
-std::vector<NamedField*> QXRecordImpl::ByIndex() {
-  std::vector<NamedField*> places;
-  places.reserve(fields.size());
-  for (NamedField& place : fields) places.push_back(&place);
-  std::sort(places.begin(), places.end(), [](const NamedField* a, const NamedField* b) {
-    return FieldEntryComparison(a->second, b->second);
-  });
-  return places;
+std::vector<FieldEntry*> QXRecordImpl::ByIndex() const {
+  std::vector<FieldEntry*> entries;
+  entries.reserve(fields.Size());
+  for (FieldEntry& entry : fields) entries.push_back(&entry);
+  std::sort(entries.begin(), entries.end(),
+            [](const FieldEntry* a, const FieldEntry* b) { return FieldEntryComparison(*a, *b); });
+  return entries;
 }
 
 // ---- Values ----
 
-QXBytes& QXRecordImpl::StartValue() {
-  if (values.capacity() == 0) values.reserve(256);
-  return values;
-}
-
-void QXRecordImpl::TakeValue(FieldEntry& entry, std::size_t start) {
-  const std::size_t size = values.size() - start;
-  if (entry.hasBytes && size <= entry.value.size) {
-    StoreBytes(values.data() + entry.value.offset, values.data() + start, size);
-    values.resize(start);
-    dead_ += entry.value.size - size;
-    entry.value.size = size;
-  } else {
-    DropValue(entry);
-    entry.value = {start, size};
-  }
-  entry.hasBytes = true;
-  if (dead_ > 1024 && dead_ > values.size() / 2) Compact();
-}
-
-void QXRecordImpl::DropValue(FieldEntry& entry) {
-  if (entry.hasBytes) dead_ += entry.value.size;
-  entry.hasBytes = false;
-  entry.value = {};
-}
-
-void QXRecordImpl::Compact() {
-  QXBytes live;
-  live.reserve(values.size() - dead_);
-  for (auto& [name, entry] : fields) {
-    if (!entry.hasBytes) continue;
-    const std::size_t offset = live.size();
-    Append(live, Bytes(entry), entry.value.size);
-    entry.value.offset = offset;
-  }
-  values = std::move(live);
-  dead_ = 0;
+void QXRecordImpl::SetCache(FieldEntry& entry, std::shared_ptr<void> object, bool isClean) {
+  entry.object = std::move(object);
+  entry.isCached = true;
+  entry.isClean = isClean;
+  mayHaveCaches_ = true;
 }
 
 bool QXRecordImpl::UnloadValue(FieldEntry& entry) {
-  if (!entry.IsCached() || entry.extras->isClean || !entry.extras->object) return true;
+  if (!entry.isCached || entry.isClean || !entry.object) return true;
   const QXFieldTypeHandler* handler = FindHandler(entry.type);
   if (handler == nullptr) return true;
-  const QXBytes bytes = handler->PtrToBytes(entry.extras->object.get());
-  const bool isRecord = handler == &Types::Record || handler == &Types::RecordVec;
-  if (bytes.empty() && isRecord) return false;
-  const std::size_t start = StartValue().size();
-  AppendValue(values, bytes);
-  TakeValue(entry, start);
-  entry.extras->isClean = true;
+  if (handler == &Types::Record) {  // without a copy of the bytes
+    if (!Write(*static_cast<const QXRecord*>(entry.object.get()), entry.value)) return false;
+  } else {
+    const QXBytes bytes = handler->PtrToBytes(entry.object.get());
+    if (bytes.empty() && handler == &Types::RecordVec) return false;
+    StoreValue(entry.value.Set(bytes.size()), bytes);
+  }
+  entry.hasBytes = true;
+  entry.isClean = true;
   return true;
 }
 
 bool QXRecordImpl::UnloadValues() {
   bool isDone = true;
-  for (auto& [name, entry] : fields) isDone = UnloadValue(entry) && isDone;
+  if (mayHaveCaches_)
+    for (FieldEntry& entry : fields) isDone = UnloadValue(entry) && isDone;
   return isDone;
 }
 
 void QXRecordImpl::DropCaches() {
-  for (auto& [name, entry] : fields) {
+  if (!std::exchange(mayHaveCaches_, false)) return;
+  for (FieldEntry& entry : fields) {
     entry.DropCache();
     if (entry.extras) entry.extras->childCache.reset();
   }
@@ -358,14 +283,16 @@ std::map<std::string, QXRecord> ReadChildren(const QXBytes& bytes) {
   return children;
 }
 
-void QXRecordImpl::LoadChildren(FieldEntry& entry) {
+ChildCache& QXRecordImpl::LoadChildren(FieldEntry& entry) {
   FieldExtras& extras = entry.Extras();
-  if (extras.childCache) return;
+  if (extras.childCache) return *extras.childCache;
   extras.childCache = std::make_unique<ChildCache>();
+  mayHaveCaches_ = true;
   for (auto& [key, child] : ReadChildren(extras.children)) {
     const auto& loaded = (*extras.childCache)[key] = std::make_shared<QXRecord>(std::move(child));
     loaded->DropSourceID();
   }
+  return *extras.childCache;
 }
 
 bool QXRecordImpl::UnloadChildren(FieldEntry& entry) {
@@ -382,7 +309,8 @@ bool QXRecordImpl::UnloadChildren(FieldEntry& entry) {
 
 bool QXRecordImpl::UnloadChildren() {
   bool isDone = true;
-  for (auto& [name, entry] : fields) isDone = UnloadChildren(entry) && isDone;
+  if (mayHaveCaches_)
+    for (FieldEntry& entry : fields) isDone = UnloadChildren(entry) && isDone;
   return isDone;
 }
 

@@ -92,9 +92,7 @@ bool QXWriteRecord(qxostream& out, const QXRecord& record, const std::string& fo
     const std::string line = JSONLine(record);
     return !line.empty() && out.write(line.data(), line.size()) == line.size();
   }
-  if (!IsBinary(format)) return false;
-  const QXBytes bytes = record.ToBytes();
-  return !bytes.empty() && out.write(bytes.data(), bytes.size()) == bytes.size();
+  return IsBinary(format) && QXRecordImpl::Write(record, out);
 }
 
 bool QXReadRecord(QXRecord& record, qxistream& in, const std::string& format) {

@@ -382,8 +382,9 @@ std::enable_if_t<IsJSON<T>, bool> Read(Value& field, T& value) {
   return true;
 }
 
-bool WarnOfElement(const char* type) {
-  QXThrow.Warning("JSON: element of another type than %s needs, key: %s", type, Key::Value);
+bool WarnOfElement(const QXFieldTypeHandler& type) {
+  QXThrow.Warning("JSON: element of another type than %s needs, key: %s", type.GetName().c_str(),
+                  Key::Value);
   return false;
 }
 
@@ -394,10 +395,10 @@ bool Read(Value& field, QXRange& value) {
   constexpr double unbounded = std::numeric_limits<double>::infinity();
   double numbers[rangeParts] = {-unbounded, unbounded};
   const Value& parts = *array.value;
-  if (parts.Size() != rangeParts) return WarnOfElement(NameOf(Types::Range));
+  if (parts.Size() != rangeParts) return WarnOfElement(Types::Range);
   for (SizeType i = 0; i < rangeParts; ++i) {
     const bool isAbsent = i < 2 && parts[i].IsNull();
-    if (!isAbsent && !ReadElement(parts[i], numbers[i])) return WarnOfElement(NameOf(Types::Range));
+    if (!isAbsent && !ReadElement(parts[i], numbers[i])) return WarnOfElement(Types::Range);
   }
   const double direction = numbers[2];
   if (direction < 0) numbers[1] = unbounded;
@@ -414,7 +415,7 @@ bool Read(Value& field, std::vector<std::optional<T>>& values) {
   for (Value& element : array.value->GetArray()) {
     auto& value = values.emplace_back();
     if (!element.IsNull() && !ReadElement(element, value.emplace()))
-      return WarnOfElement(NameOf(QXVectorFieldType<T>()));
+      return WarnOfElement(QXVectorFieldType<T>());
   }
   return true;
 }

@@ -119,7 +119,7 @@ bool QXRange::operator==(const QXRange& other) const {
 // is absent, for readers that don't know the word.
 void AppendValue(QXBytes& out, const QXRange& value) {
   const bool low = !value.IsUnboundedLow(), high = !value.IsUnboundedHigh();
-  AppendValue(out, "[" + (low ? Number(value.GetLow(), 'f', 6) : "null") + "," +
+  AppendValue(out, std::string("[") + (low ? Number(value.GetLow(), 'f', 6) : "null") + "," +
                        (high ? Number(value.GetHigh(), 'f', 6) : "null") + "," +
                        (low == high ? "0.0"
                         : high      ? "1.0"
@@ -335,7 +335,7 @@ QXBytes QXFieldType<T>::PtrToBytes(const void* value) const {
 
 template <class T>
 std::string QXFieldType<T>::GetName() const {
-  return Row<QXFieldType>.name;
+  return std::string(Row<QXFieldType>.name);
 }
 template <class T>
 bool QXFieldType<T>::IsCacheable() const {
@@ -413,7 +413,7 @@ QXBytes QXVectorFieldType<T>::PtrToBytes(const void* value) const {
 }
 template <class T>
 std::string QXVectorFieldType<T>::GetName() const {
-  return Row<QXVectorFieldType>.name;
+  return std::string(Row<QXVectorFieldType>.name);
 }
 template <class T>
 bool QXVectorFieldType<T>::IsPOD() const {

@@ -12,13 +12,13 @@ namespace QXDataFlow {
 /// A built-in type: its name, what its handler answers, and the handler.
 template <class Handler>
 struct BuiltIn {
-  const char* name;
+  std::string_view name;
   bool isPOD;
   bool isCacheable;
   const Handler* handler;
 };
 template <class Handler>
-BuiltIn(const char*, bool, bool, const Handler*) -> BuiltIn<Handler>;
+BuiltIn(std::string_view, bool, bool, const Handler*) -> BuiltIn<Handler>;
 
 inline constexpr std::tuple builtIns{
     BuiltIn{"Int", true, false, &Types::Int},
@@ -43,7 +43,7 @@ template <class Handler>
 constexpr const BuiltIn<Handler>& Row = std::get<BuiltIn<Handler>>(builtIns);
 
 template <class Handler>
-constexpr const char* NameOf(const Handler&) {
+constexpr std::string_view NameOf(const Handler&) {
   return Row<Handler>.name;
 }
 
