@@ -135,10 +135,40 @@ void WriteMeta(Writer& writer, const QXMeta& meta) {
 
 // ---- Writing records ----
 
+// What is written of a field, and of a record. It is taken out of a record so that
+// this may go before the records in its values are looked at: else each of many
+// records in one another would have all further ones in memory.
+struct FieldContent {
+  QXFieldBase field;
+  long index;
+  bool isNull;
+  std::optional<QXBytes> bytes;
+  std::optional<std::map<std::string, QXRecord>> children;
+};
+struct RecordContent {
+  explicit RecordContent(const QXRecord& record);
+
+  std::string source;
+  std::vector<FieldContent> fields;
+};
+
+RecordContent::RecordContent(const QXRecord& record) : source(record.GetSourceID()) {
+  for (QXFieldBase& field : record.GetFields()) {
+    const long index = record.GetFieldIdx(field);
+    if (index < 0) continue;
+    FieldContent content{std::move(field), index, false, std::nullopt, std::nullopt};
+    content.isNull = record.IsNA(content.field);
+    QXBytes bytes;
+    if (record.GetBytes(bytes, content.field)) content.bytes = std::move(bytes);
+    if (record.HasChildRecords(content.field))
+      content.children = record.GetChildRecords(content.field);
+    fields.push_back(std::move(content));
+  }
+}
+
 // False for a record that lies too deep in others; what was written is of no use
-// then. Pass the record as `mine`, too, if it may be taken apart on the way: else
-// each of many records in one another would have all further ones in memory.
-bool WriteRecord(Writer& writer, const QXRecord& record, QXRecord* mine);
+// then.
+bool WriteRecord(Writer& writer, RecordContent record);
 
 bool Put(Writer& writer, long value) {
   return writer.Int64(value);
@@ -166,7 +196,9 @@ bool Put(Writer& writer, const QXRange& value) {
   return writer.EndArray();
 }
 bool Put(Writer& writer, QXRecord& value) {
-  return WriteRecord(writer, value, &value);
+  RecordContent content(value);
+  value = QXRecord();
+  return WriteRecord(writer, std::move(content));
 }
 
 template <class T>
@@ -200,52 +232,44 @@ template <class Handler>
   }
 }
 
-void WriteUserValue(Writer& writer, const QXRecord& record, const QXFieldBase& field) {
-  const QXFieldTypeHandler* handler = UserHandler(field);
-  QXBytes bytes;
-  if (handler != nullptr && record.GetBytes(bytes, field))
-    PutText(writer, handler->BytesToJSON(bytes));
+void WriteUserValue(Writer& writer, const FieldContent& content) {
+  const QXFieldTypeHandler* handler = UserHandler(content.field);
+  if (handler != nullptr && content.bytes) PutText(writer, handler->BytesToJSON(*content.bytes));
 }
 
-bool WriteValue(Writer& writer, const QXRecord& record, const QXFieldBase& field, QXRecord* mine) {
-  if (record.IsNA(field)) {
+bool WriteValue(Writer& writer, FieldContent& content) {
+  if (content.isNull) {
     writer.Key(Key::Value);
     return writer.Null();
   }
   bool isWritten = true;
   const auto write = [&](const auto& handler) {
-    QXBytes bytes = record.GetBytes(field);
-    if (mine != nullptr && !handler.IsPOD()) mine->SetBytes(field, QXBytes());
-    isWritten = WriteBuiltIn(writer, std::move(bytes), handler);
+    isWritten = WriteBuiltIn(writer, std::move(content.bytes).value_or(QXBytes()), handler);
   };
-  if (!VisitBuiltIn(field.GetTypeName(), write)) WriteUserValue(writer, record, field);
+  if (!VisitBuiltIn(content.field.GetTypeName(), write)) WriteUserValue(writer, content);
   return isWritten;
 }
 
-bool WriteChildren(Writer& writer, const QXRecord& record, const QXFieldBase& field,
-                   QXRecord* mine) {
-  if (!record.HasChildRecords(field)) return true;
-  std::map<std::string, QXRecord> children = record.GetChildRecords(field);
-  if (mine != nullptr) mine->SetChildBytes(field, {});
+bool WriteChildren(Writer& writer, FieldContent& content) {
+  if (!content.children) return true;
   writer.Key(Key::Child);
   writer.StartObject();
-  for (auto& [key, child] : children) {
+  for (auto& [key, child] : *content.children) {
     WriteText(writer, key);
     if (!Put(writer, child)) return false;
   }
   return writer.EndObject();
 }
 
-bool WriteField(Writer& writer, const QXRecord& record, const QXFieldBase& field, QXRecord* mine) {
-  const long index = record.GetFieldIdx(field);
-  if (index < 0) return true;
+bool WriteField(Writer& writer, FieldContent& content) {
+  const QXFieldBase& field = content.field;
   writer.StartObject();
   writer.Key(Key::Name);
   WriteText(writer, field.GetName());
   writer.Key(Key::Type);
   WriteText(writer, field.GetTypeName());
   writer.Key(Key::Index);
-  writer.Int64(index);
+  writer.Int64(content.index);
   if (!field.GetMeta().IsEmpty()) {
     writer.Key(Key::Meta);
     WriteMeta(writer, field.GetMeta());
@@ -254,11 +278,10 @@ bool WriteField(Writer& writer, const QXRecord& record, const QXFieldBase& field
     writer.Key(Key::Nullable);
     writer.Bool(true);
   }
-  return WriteChildren(writer, record, field, mine) && WriteValue(writer, record, field, mine) &&
-         writer.EndObject();
+  return WriteChildren(writer, content) && WriteValue(writer, content) && writer.EndObject();
 }
 
-bool WriteRecord(Writer& writer, const QXRecord& record, QXRecord* mine) {
+bool WriteRecord(Writer& writer, RecordContent record) {
   const QXNestingScope level;
   if (!level) return false;
   writer.StartObject();
@@ -267,14 +290,14 @@ bool WriteRecord(Writer& writer, const QXRecord& record, QXRecord* mine) {
   writer.Int(1);
   writer.Int(0);
   writer.EndArray();
-  if (const std::string id = record.GetSourceID(); !id.empty()) {
+  if (!record.source.empty()) {
     writer.Key(Key::SourceID);
-    WriteText(writer, id);
+    WriteText(writer, record.source);
   }
   writer.Key(Key::Fields);
   writer.StartArray();
-  for (const QXFieldBase& field : record.GetFields())
-    if (!WriteField(writer, record, field, mine)) return false;
+  for (FieldContent& field : record.fields)
+    if (!WriteField(writer, field)) return false;
   writer.EndArray();
   return writer.EndObject();
 }
@@ -506,7 +529,7 @@ std::string QXRecordToJSON(const QXRecord& record) {
   // look as if they were not there.
   if (record.ToBytes().empty()) return "";
   JSONOutput output;
-  return WriteRecord(output.GetWriter(), record, /*mine=*/nullptr) ? output.GetText() : "";
+  return WriteRecord(output.GetWriter(), RecordContent(record)) ? output.GetText() : "";
 }
 
 bool QXRecordFromJSON(QXRecord& record, const std::string& text) {
