@@ -89,11 +89,11 @@ std::vector<Entry> ReadMolecules(const std::string& name) {
   SDReader reader(in);
   std::vector<Entry> entries;
   std::size_t start = 0;
-  for (Entry entry; reader.Read(entry.molecule);) {
+  SDMolecule molecule;
+  while (reader.Read(molecule)) {
     const auto end = static_cast<std::size_t>(in.tell());
-    entry.text = all.substr(start, end - start);
+    entries.push_back({std::move(molecule), all.substr(start, end - start)});
     start = end;
-    entries.push_back(std::move(entry));
   }
   if (!reader.Error().empty()) Fail(name + ": " + reader.Error());
   if (entries.empty()) Fail(name + ": no molecules");
@@ -164,6 +164,7 @@ std::vector<QXRecord> MakeRecords(const std::vector<Entry>& entries, const std::
   const std::vector<Column> columns = CollectColumns(entries);
   const std::string all = std::to_string(entries.size());
   std::vector<QXFieldBase> fields;
+  fields.reserve(columns.size());
   for (const Column& column : columns)
     fields.push_back(MakeFieldBase(
         column.name, column.Type(),
