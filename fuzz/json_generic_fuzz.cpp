@@ -1,9 +1,11 @@
 // JSON of generic data: what was read from any text is written so that it reads
 // as the same again.
 
+#include <algorithm>
 #include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 #include <qxsystem/core/error.h>
 #include <qxsystem/core/iter.h>
@@ -25,19 +27,14 @@ const bool ready = [] {
 bool IsMixed(const QXBase& object) {
   std::map<unsigned, const void*> types;
   for (QXIter<QXBaseData> item = object.GetDataIter(); item; ++item) {
-    const auto* type = item->GetDataType();
+    const void* type = item->GetDataType();
     if (types.emplace(item->GetTag(), type).first->second != type) return true;
-    // Vectors and texts of JSON are not told apart in an array either.
-    const bool plain = item->Holds<int>() || item->Holds<float>() || item->Holds<double>() ||
-                       item->Holds<bool>() || item->Holds<std::string>();
-    QXIter<QXBaseData> alike = object.GetDataIter(item->GetTag());
-    if (!plain && !item->Holds<QXContainer>() && ++alike) return true;
-    if (item->Holds<QXContainer>() &&
-        IsMixed(static_cast<QXBaseDataT<QXContainer>&>(*item).GetValue()))
-      return true;
-    if (item->Holds<std::vector<QXContainer>>())
-      for (const auto& c : static_cast<QXBaseDataT<std::vector<QXContainer>>&>(*item).GetValue())
-        if (IsMixed(c)) return true;
+    using List = std::vector<QXContainer>;
+    List nested;
+    if (item->Holds<List>()) nested = static_cast<QXBaseDataT<List>&>(*item).GetValue();
+    if (item->Holds<QXContainer>())
+      nested.push_back(static_cast<QXBaseDataT<QXContainer>&>(*item).GetValue());
+    if (std::any_of(nested.begin(), nested.end(), IsMixed)) return true;
   }
   return false;
 }

@@ -1,5 +1,4 @@
 // The parser for programs whose keys are switches of one letter.
-#include <algorithm>
 #include <string>
 #include <vector>
 

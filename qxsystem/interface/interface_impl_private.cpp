@@ -20,8 +20,7 @@ QXInterfaceImpl::QXInterfaceImpl(const QXInterfaceImpl& other) : QXInterfaceImpl
   detail = other.detail;
   order_priority = other.order_priority;
   parameters.reserve(other.parameters.size());
-  for (const QXParameter* parameter : other.parameters)
-    parameters.push_back(parameter->CreateCopy());
+  for (const QXParameter* parameter : other.parameters) AddCopy(parameters, *parameter);
   interfaces.reserve(other.interfaces.size());
   for (const QXInterface* child : other.interfaces) interfaces.push_back(new QXInterface(*child));
 }
@@ -42,12 +41,16 @@ void QXInterfaceImpl::Clear() {
 
 // ---- Looking parameters up ----
 
-ParameterIndex::ParameterIndex(const QXInterface& interface) {
-  for (QXIter<QXParameter> p = interface.GetParameters(/*recursive=*/true); p; ++p) {
-    parameters_.emplace(QXStringLower(p->GetName()), &*p);
-    for (QXIter<const std::string> alias = p->GetAliases(); alias; ++alias)
-      parameters_.emplace(QXStringLower(*alias), &*p);
-  }
+std::set<std::string> KeysOf(const QXParameter& parameter) {
+  std::set<std::string> keys = {QXStringLower(parameter.GetName())};
+  for (QXIter<const std::string> alias = parameter.GetAliases(); alias; ++alias)
+    keys.insert(QXStringLower(*alias));
+  return keys;
+}
+
+ParameterIndex::ParameterIndex(QXIter<QXParameter> parameter) {
+  for (; parameter; ++parameter)
+    for (const std::string& key : KeysOf(*parameter)) parameters_.emplace(key, &*parameter);
   parameters_.erase(std::string());
 }
 

@@ -4,14 +4,18 @@
 #include <algorithm>
 #include <cstddef>
 #include <deque>
+#include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include <qxsystem/core/iter.h>
 #include <qxsystem/core/predicate.h>
+#include <qxsystem/core/stliter.h>
 #include <qxsystem/interface/interface.h>
 #include <qxsystem/interface/parameter.h>
 #include <qxsystem/platform/istream.h>
@@ -52,6 +56,30 @@ std::vector<T*> InOrder(std::vector<T*> items) {
 
 // ---- The tree ----
 
+/// A cursor of its own over items that others own.
+template <class T>
+QXIterBase<T>* Walk(std::vector<T*> items) {
+  return new QXSTLCacheIter<DerefIterGuts<std::vector<T*>>>(new std::vector<T*>(std::move(items)));
+}
+
+/// Adds a copy to where it is owned from then on.
+template <class T>
+T* AddCopy(std::vector<T*>& owned, const T& item) {
+  std::unique_ptr<T> copy(item.CreateCopy());
+  owned.push_back(copy.get());
+  return copy.release();
+}
+
+/// Deletes `item` from where it is owned; false if it is not there.
+template <class T>
+bool Delete(std::vector<T*>& owned, T& item) {
+  const auto found = std::find(owned.begin(), owned.end(), &item);
+  if (found == owned.end()) return false;
+  owned.erase(found);
+  delete &item;
+  return true;
+}
+
 class QXInterfaceImpl {
 public:
   QXInterfaceImpl();
@@ -83,11 +111,16 @@ public:
 
 // ---- Looking parameters up ----
 
-/// The parameters of a tree by name and alias, in any case of letters. Names
-/// that change afterwards are not seen.
+/// The names under which a parameter is found, in lower case.
+std::set<std::string> KeysOf(const QXParameter& parameter);
+
+/// The parameters of a tree, an interface or options, by name and alias, in any
+/// case of letters. Names that change afterwards are not seen.
 class ParameterIndex {
 public:
-  explicit ParameterIndex(const QXInterface& interface);
+  template <class Tree>
+  explicit ParameterIndex(const Tree& tree)
+      : ParameterIndex(QXIter<QXParameter>(tree.GetParameters(/*recursive=*/true))) {}
 
   /// The first of `GetParameters(true)` that has this key, else null. Nothing
   /// has the empty key.
@@ -98,6 +131,8 @@ public:
   void Suggest(const std::string& key) const;
 
 private:
+  explicit ParameterIndex(QXIter<QXParameter> parameter);
+
   std::unordered_map<std::string, QXParameter*> parameters_;  // by key in lower case
 };
 

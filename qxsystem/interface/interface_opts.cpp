@@ -5,8 +5,8 @@
 #include <qxsystem/interface/commandline.h>
 #include <qxsystem/interface/files.h>
 #include <qxsystem/interface/interface.h>
+#include <qxsystem/interface/interface_impl_private.h>
 #include <qxsystem/interface/options.h>
-#include <qxsystem/interface/options_private.h>
 #include <qxsystem/platform/ostream.h>
 
 namespace QXSystem {
@@ -36,17 +36,25 @@ bool TakeValues(QXParameter& parameter, const QXParameter& source) {
   return parameter.LoadValue();
 }
 
+// The child of this name, else the first options of this name further below.
+QXOptions* FindOptions(const QXOptions& options, const std::string& name) {
+  for (QXIter<QXOptions> child = options.GetOptions(/*recursive=*/false); child; ++child)
+    if (child->GetName() == name) return &*child;
+  return options.GetOption(name);
+}
+
 // `index` is that of `options`.
-bool Update(QXOptions& options, const OptionIndex& index, const QXInterface& interface) {
+bool Update(QXOptions& options, const ParameterIndex& index, const QXInterface& interface) {
   for (QXIter<QXInterface> category = interface.GetInterfaces(/*recursive=*/false); category;
        ++category) {
-    QXOptions* child = options.GetOption(category->GetName());
+    QXOptions* child = FindOptions(options, category->GetName());
     if (!(child ? QXUpdateOpts(*child, *category) : Update(options, index, *category)))
       return false;
   }
   for (QXIter<QXParameter> source = interface.GetParameters(/*recursive=*/false); source;
        ++source) {
-    QXParameter* parameter = source->GetHasValue(0) ? index.Find(source->GetName()) : nullptr;
+    QXParameter* parameter =
+        source->GetHasValue(0) ? index.ParameterWithFullname(source->GetName()) : nullptr;
     if (parameter && !TakeValues(*parameter, *source)) return false;
   }
   return true;
@@ -55,7 +63,7 @@ bool Update(QXOptions& options, const OptionIndex& index, const QXInterface& int
 }  // namespace
 
 bool QXUpdateOpts(QXOptions& options, const QXInterface& interface) {
-  return Update(options, OptionIndex(options), interface);
+  return Update(options, ParameterIndex(options), interface);
 }
 
 unsigned QXConfigureOpts(QXOptions& options, int argc, char** argv, bool write) {

@@ -30,9 +30,10 @@ QXSYSTEM_API bool QXConfigureItf(QXInterface& interface, const QXOptions& option
 /// there keeps the one it has here. Values go over as text and are loaded again,
 /// files too.
 ///
-/// A category is taken to the first options below that bear its name, so names
-/// should differ; where there are none, its parameters are looked for in the
-/// options that its parent was taken to, so that flat options can read a tree.
+/// A category is taken to the child that bears its name, else to the first options
+/// of that name further below; where there are none, its parameters are looked for
+/// in the options that its parent was taken to, so that flat options can read a
+/// tree.
 /// Ends with false at the first value that a parameter does not take.
 QXSYSTEM_API bool QXUpdateOpts(QXOptions& options, const QXInterface& interface);
 

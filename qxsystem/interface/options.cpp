@@ -6,10 +6,8 @@
 #include <unordered_map>
 #include <utility>
 
-#include <qxsystem/core/stliter.h>
 #include <qxsystem/core/vectoriter.h>
 #include <qxsystem/interface/interface_impl_private.h>
-#include <qxsystem/interface/options_private.h>
 #include <qxsystem/util/qxstring.h>
 
 namespace QXSystem {
@@ -32,36 +30,6 @@ void Replace(std::vector<T*>& owned, std::vector<std::unique_ptr<T>> by) {
   for (T* old : items) delete old;
 }
 
-template <class T>
-T* AddCopy(std::vector<T*>& owned, const T& item) {
-  std::unique_ptr<T> copy(item.CreateCopy());
-  owned.push_back(copy.get());
-  return copy.release();
-}
-
-// Deletes `item` from where it is owned; false if it is not there.
-template <class T>
-bool Delete(std::vector<T*>& owned, T& item) {
-  const auto found = std::find(owned.begin(), owned.end(), &item);
-  if (found == owned.end()) return false;
-  owned.erase(found);
-  delete &item;
-  return true;
-}
-
-template <class T>
-QXIterBase<T>* Walk(std::vector<T*> items) {
-  return new QXSTLCacheIter<DerefIterGuts<std::vector<T*>>>(new std::vector<T*>(std::move(items)));
-}
-
-// The names under which a parameter is found, in lower case.
-std::set<std::string> KeysOf(const QXParameter& parameter) {
-  std::set<std::string> keys = {QXStringLower(parameter.GetName())};
-  for (QXIter<const std::string> alias = parameter.GetAliases(); alias; ++alias)
-    keys.insert(QXStringLower(*alias));
-  return keys;
-}
-
 std::vector<QXParameter*> AllParameters(const QXOptions& options) {
   std::vector<QXParameter*> all;
   options.GetParameters(all, /*name=*/"", /*recursive=*/true);
@@ -69,17 +37,6 @@ std::vector<QXParameter*> AllParameters(const QXOptions& options) {
 }
 
 }  // namespace
-
-OptionIndex::OptionIndex(const QXOptions& options) {
-  for (QXParameter* parameter : AllParameters(options))
-    for (const std::string& key : KeysOf(*parameter)) parameters_.emplace(key, parameter);
-  parameters_.erase(std::string());
-}
-
-QXParameter* OptionIndex::Find(const std::string& key) const {
-  const auto found = parameters_.find(QXStringLower(key));
-  return found == parameters_.end() ? nullptr : found->second;
-}
 
 // ---- The object ----
 
@@ -243,9 +200,9 @@ bool QXOptions::SetParameterVisibility(const std::string& name, unsigned visibil
 }
 
 bool QXOptions::UpdateValues(const QXOptions& other) {
-  const OptionIndex others(other);
+  const ParameterIndex others(other);
   for (QXParameter* parameter : AllParameters(*this)) {
-    const QXParameter* source = others.Find(parameter->GetName());
+    const QXParameter* source = others.ParameterWithFullname(parameter->GetName());
     const Texts values = source ? Collect(source->GetStringValues()) : Texts();
     if (values.empty()) continue;
     if (!parameter->SetStringValue(values.front())) return false;

@@ -21,7 +21,6 @@
 #include <string>
 #include <vector>
 
-#include <qxsystem/core/datatype.h>
 #include <qxsystem/core/export.h>
 #include <qxsystem/core/iter.h>
 #include <qxsystem/interface/parameter.h>
@@ -99,7 +98,7 @@ public:
   QXIterBase<QXParameter>* GetParameters(const char* name) const = delete;  // is no bool
   QXIterBase<QXParameter>* GetParameters(const std::string& name, bool recursive) const;
 
-  /// The first parameter of the tree that has `name`, else null.
+  /// The first of `GetParameters(name, true)`, else null.
   QXParameter* GetParameter(const std::string& name) const;
   bool HasParameter(const std::string& name) const { return GetParameter(name) != nullptr; }
 
@@ -122,7 +121,7 @@ public:
   bool AddParameterPrefix(const std::string& prefix);
 
   /// Sets the visibility of every parameter of the tree, or of those that have
-  /// `name`. See QXVisibility.
+  /// `name`, unless it is empty. See QXVisibility.
   bool SetParameterVisibility(unsigned visibility);
   bool SetParameterVisibility(const std::string& name, unsigned visibility);
 
@@ -148,15 +147,5 @@ private:
   std::vector<std::string> detail_;
   int order_priority_ = 0;
 };
-
-/// Gives setting `i` of the parameter `name`: its value, else its default. False,
-/// with `out` as it was, when there is none, no such parameter, or it is of
-/// another type than T.
-template <class T>
-bool QXGetSetting(const QXOptions& options, const std::string& name, T& out, unsigned i = 0) {
-  const QXParameter* parameter = options.GetParameter(name);
-  return parameter && parameter->TypedParameterTypeID() == QXGetDataType<QXTypedParameter<T>>() &&
-         static_cast<const QXTypedParameter<T>*>(parameter)->GetSetting(out, i);
-}
 
 }  // namespace QXSystem

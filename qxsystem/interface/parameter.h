@@ -300,6 +300,16 @@ protected:
   QXPODParameter& operator=(const QXPODParameter&);
 };
 
+/// Gives setting `i` of the parameter `name` of a QXInterface or of QXOptions: its
+/// value, else its default. False, with `out` as it was, when there is none, no
+/// such parameter, or it is of another type than T.
+template <class T, class Tree>
+bool QXGetSetting(const Tree& tree, const std::string& name, T& out, unsigned i = 0) {
+  const QXParameter* parameter = tree.GetParameter(name);
+  return parameter && parameter->TypedParameterTypeID() == QXGetDataType<QXTypedParameter<T>>() &&
+         static_cast<const QXTypedParameter<T>*>(parameter)->GetSetting(out, i);
+}
+
 extern template class QXTypedParameter<bool>;
 extern template class QXTypedParameter<unsigned int>;
 extern template class QXTypedParameter<int>;

@@ -66,7 +66,7 @@ void Put(Writer& writer, int value, bool) {
   writer.Int(value);
 }
 void Put(Writer& writer, float value, bool) {
-  writer.Double(static_cast<double>(value));
+  WriteDouble(writer, static_cast<double>(value));
 }
 void Put(Writer& writer, double value, bool) {
   writer.Double(value);

@@ -2,7 +2,6 @@
 
 #include <emmintrin.h>
 
-#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -275,7 +274,8 @@ std::size_t CountPlain(const char* p, const char* end) {
     const __m128i quotes = _mm_cmpeq_epi8(block, _mm_set1_epi8('"'));
     const __m128i escapes = _mm_cmpeq_epi8(block, _mm_set1_epi8('\\'));
     const __m128i controls = _mm_cmpeq_epi8(block, _mm_min_epu8(block, _mm_set1_epi8(0x1F)));
-    const int others = _mm_movemask_epi8(_mm_or_si128(_mm_or_si128(quotes, escapes), controls));
+    const auto others = static_cast<unsigned>(
+        _mm_movemask_epi8(_mm_or_si128(_mm_or_si128(quotes, escapes), controls)));
     if (others != 0) return static_cast<std::size_t>(p - begin + __builtin_ctz(others));
   }
   return static_cast<std::size_t>(p - begin);
@@ -347,36 +347,6 @@ bool ParseObjectInPlace(rapidjson::Document& document, char* text, std::size_t s
   QXThrow.Warning("JSON: Top level document must be an object");
   document.SetNull();
   return false;
-}
-
-std::string JSONText(const rapidjson::Value& value) {
-  JSONOutput output;
-  value.Accept(output.GetWriter());
-  return output.GetText();
-}
-
-bool IsJSONText(const Writer& writer, const std::string& text, std::size_t levels) {
-  if (text.empty()) return false;
-  // How many arrays and objects are open is known to the writer alone.
-  struct Levels : Writer {
-    static std::size_t Of(const Writer& w) {
-      return (w.*&Levels::level_stack_).GetSize() / sizeof(Level);
-    }
-  };
-  const std::size_t open = std::min<std::size_t>(Levels::Of(writer) + levels, QXMaxJSONNesting);
-  std::string copy = text;
-  rapidjson::Document ignored;
-  return ParseInPlace(ignored, copy.data(), copy.size(), QXMaxJSONNesting - open);
-}
-
-void WriteText(Writer& writer, std::string_view text) {
-  // Room is made for six bytes a character, counted in 32 bits.
-  constexpr std::size_t longest = 700'000'000;
-  if (text.size() > longest) {
-    QXThrow.Warning("JSON: text of %zu bytes is too long, written as an empty one", text.size());
-    text = {};
-  }
-  writer.String(text.empty() ? "" : text.data(), static_cast<SizeType>(text.size()));
 }
 
 }  // namespace QXSystem

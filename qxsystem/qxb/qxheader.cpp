@@ -179,12 +179,13 @@ bool IsHistory(unsigned tag, unsigned count) {
 
 }  // namespace
 
-// The number comes from files: more headers than there are items can only be
-// missing.
+// The number comes from files. Headers may be missing, as in a header that became
+// part of another's history, but so many only from damage.
 unsigned QXHeader::CountHistory() const {
+  constexpr std::size_t missing = 4096;
   const int stored = std::max(GetData<int>("history"), 0);
   return static_cast<unsigned>(
-      std::min<std::size_t>(static_cast<unsigned>(stored), CountItems(*this)));
+      std::min<std::size_t>(static_cast<unsigned>(stored), CountItems(*this) + missing));
 }
 
 // A name that nobody has used is the name of no item, and asking must not give it

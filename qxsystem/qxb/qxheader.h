@@ -67,8 +67,8 @@ public:
 
   /// Copies of the earlier headers, the one that was added last first; the
   /// caller owns the cursor, which does not depend on this header. In the place
-  /// of one that is missing there is an empty one, but altogether there are never
-  /// more than this header has items.
+  /// of one that is missing there is an empty one. "history" comes from files: of
+  /// a number that exceeds that of the items by more than 4096, only so many count.
   QXIterBase<QXHeader>* GetHistory() const;
 
   bool SetProgram(const std::string& program);

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <fstream>
 
 #include <gtest/gtest.h>
 
@@ -23,37 +22,36 @@ namespace {
 constexpr unsigned Level = QXErrorLevel::Warning;  // of the parsers' messages
 
 // argc and argv of a program.
-class Arguments {
-public:
+struct Arguments {
   explicit Arguments(const std::string& line, const std::string& program = "prog")
-      : words_(Split(program + " " + line)) {
-    for (std::string& word : words_) argv_.push_back(word.data());
-    argv_.push_back(nullptr);
+      : words(Split(program + " " + line)) {
+    for (std::string& word : words) pointers.push_back(word.data());
+    pointers.push_back(nullptr);
   }
-  int argc() const { return static_cast<int>(words_.size()); }
-  char** argv() { return argv_.data(); }
+  int argc() const { return static_cast<int>(words.size()); }
+  char** argv() { return pointers.data(); }
 
-private:
-  Texts words_;
-  std::vector<char*> argv_;
+  Texts words;
+  std::vector<char*> pointers;
 };
 
-bool Parse(QXInterface& interface, const std::string& line) {
+bool Parse(QXInterface& interface, const std::string& line, const char* requirement = nullptr) {
   Arguments a(line);
-  return QXParseCommandLine(interface, a.argc(), a.argv(), nullptr, Level, /*checkHelp=*/false);
+  return QXParseCommandLine(interface, a.argc(), a.argv(),
+                            reinterpret_cast<const unsigned char*>(requirement), Level,
+                            /*checkHelp=*/false);
 }
 
-bool ParseLW(QXInterface& interface, const std::string& line) {
+bool ParseLW(QXInterface& interface, const std::string& line, const char* = nullptr) {
   Arguments a(line);
   return QXParseCommandLineLW(interface, a.argc(), a.argv(), nullptr, Level);
 }
 
 // Parses each line of a table and compares the messages, and what is set then.
-void ExpectParses(bool parse(QXInterface&, const std::string&), const std::string& text,
-                  const std::string& table) {
+void ExpectParses(decltype(Parse)* parse, const std::string& text, const std::string& table) {
   ExpectSessions(table, Level, [&](const std::string& line) {
     QXInterface itf(text.c_str());
-    const bool good = parse(itf, line);
+    const bool good = parse(itf, line, nullptr);
     return Outcome{good, ValuesOf(itf)};
   });
 }
@@ -154,20 +152,16 @@ TEST(QXParseCommandLine, ReadsParameterFilesThenUnsetsThenJudges) {
   const TempDir dir;
   const std::string one = dir.Write("1", "-n 3\n-in one\n-param nowhere\n-out file\n");
   const std::string two = dir.Write("2", "-in two\n-flag on\n-l 1 2\n-s a\n");
-  constexpr unsigned char requirement[] = "!REQUIREMENT\n!OPTION !-s\n!ERROR_MSG\nNo -s\n!END\n";
-  const auto parse = [&](QXInterface& itf, const std::string& line) {
-    Arguments a(line);
-    return QXParseCommandLine(itf, a.argc(), a.argv(), requirement, Level, /*checkHelp=*/false);
-  };
+  const char requirement[] = "!REQUIREMENT\n!OPTION !-s\n!ERROR_MSG\nNo -s\n!END\n";
   QXInterface itf(Text.c_str()), other(itf), bad(itf);
-  EXPECT_TRUE(parse(itf, "-param " + one + " " + two + " -l 7 --unset-n --unset-s"));
+  EXPECT_TRUE(Parse(itf, "-param " + one + " " + two + " -l 7 --unset-n --unset-s", requirement));
   EXPECT_EQ(ValuesOf(itf), "-in=one -out=file -flag=on -l=7 -param=" + one + ";" + two);
   int n = 0;
   EXPECT_TRUE(QXGetSetting(itf, "-n", n) && n == 5);  // the default shows through
 
   const Messages messages;
-  EXPECT_FALSE(parse(other, "-param " + two) ||
-               parse(bad, "-param " + dir.Write("3", "-x 1\n-in x\n")));
+  EXPECT_FALSE(Parse(other, "-param " + two, requirement) ||
+               Parse(bad, "-param " + dir.Write("3", "-x 1\n-in x\n"), requirement));
   EXPECT_EQ(messages.At(Level),
             "Missing requirements:\nNo -s\n\n"
             "Unknown parameter -x in parameter file (begin comment lines with #)\n"
@@ -234,7 +228,6 @@ TEST(CommandLines, EndTheProcessAsTheyMust) {
       {"strict", "-r 1", 7, "^$"},
       {"faulty", "-r 1", 1, "^Fatal: Probable invalid keyword"},
       {"help", "--help all", 0, "^Complete parameter list\n"},
-      {"help", "x --version", 0, "^version not set\n$"},
       {"full", "-n 3 --version -z", 0, "^1\\.2\n$"},
       {"full", "-n x --version", 8, "^Warning: x is not"},
       {"full", "--Version", 7, "^$"},
@@ -271,22 +264,14 @@ TEST(QXCheckHelp, AnswersByTheShapeOfTheCommandLine) {
   for (const auto& [line, answer] : Sessions(R"($
 $ -n 3
 $ --Help
-$ --help
-o Simple parameter list
-Additional help functions:
-  prog --help simple      : Get a list of simple parameters (as seen above)
-  prog --help all         : Get a complete list of parameters
+$ --help -> o Simple parameter list / Additional help functions:
 $ --help simple -> o Simple parameter list
-$ --help all -> o Complete parameter list /     -bl /     -file
 $ --help all 120 -> o Complete parameter list
 $ --help all 120 x
 $ --help hidden -> o Power user parameter list
 $ --help poweruser -> o Power user parameter list
-$ --help defaults -> o #Default settings / #-bl : (no default setting)
 $ --help -FLAG -> o Contents of parameter -flag   /     Type : bool
 $ --help i x -> o Contents of parameter -in   /     Aliases :   -i
-$ --help nothing -> o Unable to find help for 'nothing'
-$ --help versions -> o qxtoolkit QX
 $ --itf -> s #BeginInterface# / !PARAMETER -bl 0
 $ --itf x
 $ --json -> s { / "name" : "",
@@ -303,17 +288,7 @@ $ --latex
     const std::string head = answer.empty() ? "" : answer.substr(2, answer.size() - 3);
     EXPECT_EQ((got.out + got.output).substr(0, head.size()), head);
   }
-  const std::string itf = Ask("--itf").output, end = "!END\n#EndInterface#\n";
-  EXPECT_EQ(itf.substr(itf.size() - end.size()), end);
-
-  const TempDir dir;
-  const std::string program = dir.Path("prog"), page = program + "_help.html";
-  EXPECT_EQ(Ask("--help html", program).out, "Creating '" + page + "'\n");
-  std::string first;
-  std::ifstream file(page);
-  EXPECT_TRUE(std::getline(file, first) && first == "<html>");
-  const std::string nowhere = dir.Path("none/prog");
-  EXPECT_EQ(Ask("--help html", nowhere).out, "Unable to create file '" + nowhere + "_help.html'\n");
+  EXPECT_EQ(Ask("--help html", "no/prog").out, "Unable to create file 'no/prog_help.html'\n");
 
   const std::string inside = Describe("!CATEGORY c\n-r int; REQUIRED true; DEFAULT 1\n!END");
   EXPECT_TRUE(Ask("", "prog", inside).handled);

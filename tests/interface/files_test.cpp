@@ -192,33 +192,30 @@ TEST(QXWriteJSON, DescribesTheInterfaceWithAllItsKeysInOrder) {
 !DETAIL
 one
  two
--h string; VISIBILITY hidden; LEGAL_VALUE x; LEGAL_VALUE y
--x int
+-x string; LEGAL_VALUE x; LEGAL_VALUE y
 !END
 )")
           .c_str());
   root.SetBrief("a \"quoted\" \\ brief");
-  QXParameter& x = *root.GetParameter("-x");
-  EXPECT_TRUE(x.SetVisibility(3) && x.SetOrderPriority(1));
-  const std::string lists =
-      R"(,"illegal_value":[],"legal_range":[],"illegal_range":[],"element":"","command":"",)"
-      R"("brief":"","detail":[]})";
-  EXPECT_EQ(
-      Reread(root),
-      R"({"name":"","order":0,"brief":"a \"quoted\" \\ brief","detail":[],"params":[)"
-      R"({"name":"-n","order":0,"type":"const","list":true,"alias":["-a","-b"],"default":["1"],)"
-      R"("required":true,"input":4,"output":true,"visibility":"simple","keyless":2,)"
-      R"("legal_value":[],"illegal_value":["4"],"legal_range":[["1","9"],["2","3"]],)"
-      R"("illegal_range":[["5","6"]],"element":"e","command":"c","brief":"b ","detail":["!d"]}],)"
-      R"("interfaces":[{"name":"Sub","order":-3,"brief":"","detail":["one"," two"],"params":[)"
-      R"({"name":"-h","order":0,"type":"string","list":false,"alias":[],"default":[],)"
-      R"("required":false,"input":0,"output":false,"visibility":"hidden","keyless":0,)"
-      R"("legal_value":["x","y"])" +
-          lists +
-          R"(,{"name":"-x","order":1,"type":"int","list":false,"alias":[],"default":[],)"
-          R"("required":false,"input":0,"output":false,"visibility":null,"keyless":0,)"
-          R"("legal_value":[])" +
-          lists + "]}]}");
+  EXPECT_TRUE(root.GetParameter("-x")->SetOrderPriority(1));
+  // The visibilities, one of them without a name.
+  const char* shown[] = {"\"simple\"", "\"normal\"", "\"hidden\"", "null"};
+  for (unsigned visibility = 0; visibility < 4; ++visibility) {
+    root.GetParameter("-x")->SetVisibility(visibility);
+    EXPECT_EQ(
+        Reread(root),
+        R"({"name":"","order":0,"brief":"a \"quoted\" \\ brief","detail":[],"params":[)"
+        R"({"name":"-n","order":0,"type":"const","list":true,"alias":["-a","-b"],"default":["1"],)"
+        R"("required":true,"input":4,"output":true,"visibility":"simple","keyless":2,)"
+        R"("legal_value":[],"illegal_value":["4"],"legal_range":[["1","9"],["2","3"]],)"
+        R"("illegal_range":[["5","6"]],"element":"e","command":"c","brief":"b ","detail":["!d"]}],)"
+        R"("interfaces":[{"name":"Sub","order":-3,"brief":"","detail":["one"," two"],"params":[)"
+        R"({"name":"-x","order":1,"type":"string","list":false,"alias":[],"default":[],)"
+        R"("required":false,"input":0,"output":false,"visibility":)" +
+            std::string(shown[visibility]) +
+            R"(,"keyless":0,"legal_value":["x","y"],"illegal_value":[],"legal_range":[],)"
+            R"("illegal_range":[],"element":"","command":"","brief":"","detail":[]}]}]})");
+  }
   EXPECT_EQ(Reread(QXInterface(root)), Reread(root));  // copies have every field
 }
 

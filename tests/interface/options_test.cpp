@@ -161,19 +161,28 @@ TEST(QXUpdateOpts, GoesWithTheCategoriesOrWithoutThem) {
   Options other("Other");
   other.AddParameter(QXBoolParameter("-a"));  // 55 is none
   EXPECT_FALSE(QXUpdateOpts(other, itf));
+
+  // A child comes before a grandchild of the same name.
+  Options outer("Outer"), first("First"), same("Same");
+  first.AddOption(same.Int("-s", 1));
+  outer.AddOption(first);
+  outer.AddOption(same.Int("-t", 2));
+  QXInterface view;
+  ASSERT_TRUE(QXConfigureItf(view, outer));
+  ASSERT_TRUE(view.GetParameter("-t")->SetStringValue("9") && view.GetParameter("-t")->Load());
+  EXPECT_TRUE(QXUpdateOpts(outer, view));
+  EXPECT_EQ(Value(outer, "-t"), 9);
 }
 
 TEST(QXConfigureOpts, ParsesAndFills) {
   const Messages messages;  // errors are not strict
-  const auto parse = [](QXOptions& options, const char* key, const char* value) {
-    char* argv[] = {const_cast<char*>("dock"), const_cast<char*>(key), const_cast<char*>(value)};
-    return QXConfigureOpts(options, value ? 3 : 2, argv, /*write=*/false);
-  };
   Options dock = Dock();
-  EXPECT_EQ(parse(dock, "-d", nullptr), QXOptsStatus::Failure);
-  EXPECT_EQ(parse(dock, "-CYCLES", "3"), QXOptsStatus::Done);
+  char words[] = "-CYCLES\0003";
+  char* argv[] = {words, words, words + 8};
+  EXPECT_EQ(QXConfigureOpts(dock, 2, argv, /*write=*/false), QXOptsStatus::Failure);
+  EXPECT_EQ(QXConfigureOpts(dock, 3, argv, /*write=*/false), QXOptsStatus::Done);
   EXPECT_EQ(Value(dock, "-m") * 100 + Value(*dock.GetOption("Fit"), "-n"), 103);
-  EXPECT_EQ(parse(dock, "-cycles", "3"), QXOptsStatus::Failure);  // has its value by now
+  EXPECT_EQ(QXConfigureOpts(dock, 3, argv, /*write=*/false), QXOptsStatus::Failure);  // is set
 }
 
 }  // namespace

@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <limits>
-#include <memory>
 #include <random>
 
 #include <qxsystem/core/errortest.h>
@@ -62,6 +61,7 @@ QXContainer Items(std::initializer_list<T> values) {
 TEST(JSON, ShowsTypesAndReadsThemBack) {
   using Texts = std::vector<std::string>;
   constexpr double inf = std::numeric_limits<double>::infinity();
+  const std::string block(37, 'x');
   const struct {
     QXContainer object;
     std::string data;
@@ -72,6 +72,8 @@ TEST(JSON, ShowsTypesAndReadsThemBack) {
       {Items({0.1F}), R"("n":0.10000000149011612,"qxhint":{"n":"f"})"},
       {Items({true}), R"("n":true)"},
       {Items({"a\"\0<é\xFF"s}), "\"n\":\"a\\\"\\u0000<é\xFF\""},
+      {Items({block + "\"\\\n" + block + "\x7F\xFF"}),
+       "\"n\":\"" + block + R"(\"\\\n)" + block + "\x7F\xFF\""},
       {Items({1, 2}), R"("n":[1,2],"qxhint":{"n":"mi"})"},
       {Items({0.5F, -0.0F}), R"("n":[0.5,-0.0],"qxhint":{"n":"mf"})"},
       {Items({1.5, inf, -inf}), R"("n":[1.5,Infinity,-Infinity],"qxhint":{"n":"m"})"},
@@ -231,7 +233,7 @@ TEST(JSON, EscapesOnRequest) {
   object.SetData<float>("<b>", 1);
   object.SetData<std::vector<std::string>>("n", {"a<", "&>"});
   object.SetData("c", Items({"<"s}));
-  EXPECT_EQ(Write(object, ~QXJSONFlag::Escape).find('&'), Write(object).find('&'));
+  EXPECT_EQ(Write(object, ~QXJSONFlag::Escape), Write(object));
   EXPECT_EQ(Write(object, QXJSONFlag::Escape),
             R"("n":["a&lt;","&&gt;"],"c":)" + Document(R"("n":"<")") +
                 R"(,"&lt;b&gt;":1.0,"qxhint":{"&lt;b&gt;":"f"})");
@@ -248,22 +250,18 @@ struct Point {
   int x = 0;
 };
 
-class PointHandler : public QXJSONHandlerBase {
+class PointHandler : public QXContainerJSONHandler {
 public:
   bool Read(QXBase& holder, std::string key, rapidjson::Value& value) override {
-    holder.SetData<Point>(key.c_str(), {GetJSONIntAttr(value, "x", true).value});
+    holder.SetData<Point>(key.c_str(), {GetJSONIntAttr(value, "x", /*required=*/true).value});
     return true;
   }
   bool VRead(QXBase&, std::string, rapidjson::Value&, bool) override { return false; }
   void Write(QXBaseData* item, Writer& writer, unsigned flags) override {
-    writer.StartObject();
-    writer.Key("type");
-    writer.String("point");
-    writer.Key("x");
-    writer.Int(static_cast<QXBaseDataT<Point>*>(item)->GetValue().x + static_cast<int>(flags));
-    writer.EndObject();
+    const int x = static_cast<QXBaseDataT<Point>*>(item)->GetValue().x + static_cast<int>(flags);
+    const std::string text = R"({"type":"point","x":)" + std::to_string(x) + "}";
+    writer.RawValue(text.data(), text.size(), rapidjson::kObjectType);
   }
-  void VWrite(QXBaseData*, Writer&, unsigned) override {}
   std::string GetJsonType() override { return "point"; }
   const void* GetDataType() override { return QXGetDataType<Point>(); }
   const void* GetVDataType() override { return nullptr; }
@@ -314,8 +312,7 @@ TEST(JSON, LimitsTheNestingOfTexts) {
     return text;
   };
   const std::string tooDeep =
-      "JSON: arrays and objects nested more than 1024 levels deep are "
-      "refused\n";
+      "JSON: arrays and objects nested more than 1024 levels deep are refused\n";
   const std::string stored =
       "JSON: Can not read JSON array of objects with key: n, stored as JSONString\n";
   EXPECT_EQ(Read("{\"n\":" + nested(1023) + "}"), stored + "\"n\":" + nested(1023));
@@ -338,10 +335,11 @@ TEST(JSON, RefusesWhatIsNoJSON) {
   } cases[] = {
       {"", "parse error offset 0: The document is empty."},
       {"{\"n\":1"s + '\0' + "}",
-       "parse error offset 6: Missing a comma or '}' after an object "
-       "member."},
+       "parse error offset 6: Missing a comma or '}' after an object member."},
       {"{}\0{}"s, "parse error offset 2: The document root must not be followed by other values."},
       {"{} 5", "parse error offset 3: The document root must not be followed by other values."},
+      {"{\"n\":\"0123456789abcde\x1F" + std::string(20, 'x') + "\"}",
+       "parse error offset 21: Invalid escape character in string."},
       {"{\"n\":01}", "parse error offset 6: Missing a comma or '}' after an object member."},
       {"{\"n\":+1}", "parse error offset 5: Invalid value."},
       {"{\"n\":-}", "parse error offset 6: Invalid value."},
@@ -363,68 +361,67 @@ TEST(JSON, RefusesWhatIsNoJSON) {
   }
 }
 
-// The C library reads the same text; integers are those of RapidJSON's own
-// reading.
-TEST(JSON, RoundsNumbersCorrectly) {
+std::vector<std::string> AwkwardNumbers() {
+  std::vector<std::string> numbers = {
+      "0", "-0", "2147483648", "-2147483648", "-2147483649", "4294967295", "4294967296",
+      "9223372036854775808", "-9223372036854775808", "-9223372036854775809", "18446744073709551615",
+      "18446744073709551616", "0.0", "-0.0e5", "1.7976931348623157e308", "4.9e-324", "2e-324",
+      "9007199254740993.0", "0e999", "4503599627370496.5", "4503599627370497.5",
+      // A hair above the middle of two doubles.
+      "3.959641332384634227", "-6.371291802956740913", "0." + std::string(400, '0') + "1",
+      std::string(300, '1') + "e-300", "0." + std::string(330, '0') + "123456789123456789e20",
+      "Inf", "-Infinity"};
   std::mt19937_64 random(4);
   const auto below = [&](unsigned n) { return static_cast<unsigned>(random() % n); };
-  const auto digits = [&](unsigned n) {
-    std::string text;
-    while (n-- > 0) text += static_cast<char>('0' + (below(4) ? below(10) : below(2) * 9));
-    return text;
-  };
-  std::vector<std::string> numbers = {"0",
-                                      "-0",
-                                      "2147483648",
-                                      "-2147483648",
-                                      "-2147483649",
-                                      "4294967295",
-                                      "4294967296",
-                                      "9223372036854775808",
-                                      "-9223372036854775808",
-                                      "-9223372036854775809",
-                                      "18446744073709551615",
-                                      "18446744073709551616",
-                                      "0.0",
-                                      "-0.0e5",
-                                      "1.7976931348623157e308",
-                                      "4.9e-324",
-                                      "2e-324",
-                                      "9007199254740993.0",
-                                      "0e999",
-                                      "4503599627370496.5",
-                                      "4503599627370497.5",
-                                      "0." + std::string(400, '0') + "1",
-                                      std::string(300, '1') + "e-300",
-                                      "0." + std::string(330, '0') + "123456789123456789e20",
-                                      "Inf",
-                                      "-Infinity"};
   while (numbers.size() < 20000) {
     std::string text = below(2) ? "-" : "";
     text += below(3) ? std::to_string(random() >> below(64)) : "0";
-    if (below(4)) text += "." + std::string(below(4) ? 0 : below(12), '0') + digits(1 + below(24));
+    if (below(4)) {
+      text += "." + std::string(below(4) ? 0 : below(12), '0');
+      for (unsigned n = 1 + below(24); n > 0; --n)
+        text += static_cast<char>('0' + (below(4) ? below(10) : below(2) * 9));
+    }
     if (!below(6)) text += (below(2) ? "e-" : "E+") + std::to_string(below(280));
     numbers.push_back(text);
   }
-  std::string text;
-  for (const auto& number : numbers) text += (text.empty() ? "" : ",") + number;
-  rapidjson::Document ours;
-  ASSERT_TRUE(JSONParseHelper(ours, "{\"n\":[" + text + "]}"));
-  for (rapidjson::SizeType i = 0; i < numbers.size(); ++i) {
-    const rapidjson::Value& value = ours["n"][i];
-    SCOPED_TRACE(numbers[i]);
-    const bool plain = numbers[i].find_first_of(".eEI") == std::string::npos;
-    rapidjson::Document theirs;
-    if (plain && theirs.Parse(numbers[i].c_str()).IsUint64() + theirs.IsInt64() > 0) {
+  return numbers;
+}
+
+// The C library reads the same text; integers are those of RapidJSON's own
+// reading.
+TEST(JSON, RoundsNumbersCorrectly) {
+  for (const std::string& number : AwkwardNumbers()) {
+    SCOPED_TRACE(number);
+    rapidjson::Document ours, theirs;
+    ASSERT_TRUE(JSONParseHelper(ours, "{\"n\":" + number + "}"));
+    const rapidjson::Value& value = ours["n"];
+    const bool plain = number.find_first_of(".eEI") == std::string::npos;
+    if (plain && theirs.Parse(number.c_str()).IsUint64() + theirs.IsInt64() > 0) {
       EXPECT_EQ(value, theirs);
       EXPECT_EQ(value.IsInt() + 2 * value.IsUint(), theirs.IsInt() + 2 * theirs.IsUint());
     } else {
-      const double expected = std::strtod(numbers[i].c_str(), nullptr);
+      const double expected = std::strtod(number.c_str(), nullptr);
       ASSERT_TRUE(value.IsDouble());
       EXPECT_EQ(value.GetDouble(), expected);
       EXPECT_EQ(std::signbit(value.GetDouble()), std::signbit(expected));
     }
   }
+}
+
+TEST(JSON, PrintsNumbersAsRapidJSONDoes) {
+  std::vector<double> values;
+  for (const std::string& number : AwkwardNumbers())
+    for (const double value : {std::strtod(number.c_str(), nullptr),
+                               static_cast<double>(std::strtof(number.c_str(), nullptr))})
+      values.push_back(value);
+  for (double power = 1e-320; power < 1e308; power *= 10)
+    values.insert(values.end(), {power, std::nextafter(power, 0), std::nextafter(power, HUGE_VAL)});
+  rapidjson::StringBuffer buffer;
+  Writer writer(buffer);
+  writer.StartArray();
+  for (const double value : values) writer.Double(value);
+  writer.EndArray();
+  EXPECT_TRUE(Write(Items({values})) == "\"n\":"s + buffer.GetString());
 }
 
 TEST(JSON, ReadsAttributesOfTheRightType) {
