@@ -19,9 +19,9 @@ void Over6(benchmark::State& state) {
     for (const double x : arguments) benchmark::DoNotOptimize(Function(x));
   state.SetItemsProcessed(state.iterations() * 4096);
 }
-BENCHMARK(Over6<QXMath::QXerfc>)->Name("QXerfc");
-BENCHMARK(Over6<std::erfc>)->Name("std::erfc");
-BENCHMARK(Over6<QXMath::QXerf>)->Name("QXerf");
-BENCHMARK(Over6<std::erf>)->Name("std::erf");
+BENCHMARK(Over6<QXMath::QXerfc>)->Name("erfc/QX");
+BENCHMARK(Over6<std::erfc>)->Name("erfc/std");
+BENCHMARK(Over6<QXMath::QXerf>)->Name("erf/QX");
+BENCHMARK(Over6<std::erf>)->Name("erf/std");
 
 }  // namespace

@@ -107,8 +107,8 @@ void ParseQX(benchmark::State& state) {
   }
 }
 
-BENCHMARK(BuildQX)->Name("build/qx");
-BENCHMARK(ParseQX)->Name("build and parse/qx");
+BENCHMARK(BuildQX)->Name("build/QX");
+BENCHMARK(ParseQX)->Name("build and parse/QX");
 
 // What the values go into, for libraries that write into variables.
 struct Values {

@@ -131,13 +131,13 @@ const auto readStrtod = [](const std::string& text, double& out) {
 };
 
 [[maybe_unused]] const bool added1 =
-    Read<int>("text to int/qx", intTexts, readOurs) &&
+    Read<int>("text to int/QX", intTexts, readOurs) &&
     Read<int>("text to int/from_chars", intTexts, readCharconv) &&
     Read<int>("text to int/strtol", intTexts, readStrtol) &&
-    Read<double>("text to double, 4 decimals/qx", shortTexts, readOurs) &&
+    Read<double>("text to double, 4 decimals/QX", shortTexts, readOurs) &&
     Read<double>("text to double, 4 decimals/from_chars", shortTexts, readCharconv) &&
     Read<double>("text to double, 4 decimals/strtod", shortTexts, readStrtod) &&
-    Read<double>("text to double, 17 digits/qx", longTexts, readOurs) &&
+    Read<double>("text to double, 17 digits/QX", longTexts, readOurs) &&
     Read<double>("text to double, 17 digits/from_chars", longTexts, readCharconv) &&
     Read<double>("text to double, 17 digits/strtod", longTexts, readStrtod);
 
@@ -145,9 +145,9 @@ const auto writeOurs = [](long v, std::string& out) { QXNumberToString(v, out); 
 const auto writeOursFixed = [](double v, std::string& out) { QXNumberToString(v, out, 'f', 6); };
 const auto writeStd = [](auto v, std::string& out) { out = std::to_string(v); };
 
-[[maybe_unused]] const bool added2 = Write<int>("int to text/qx", ints, writeOurs) &&
+[[maybe_unused]] const bool added2 = Write<int>("int to text/QX", ints, writeOurs) &&
                                      Write<int>("int to text/to_string", ints, writeStd) &&
-                                     Write<double>("double to text/qx", doubles, writeOursFixed) &&
+                                     Write<double>("double to text/QX", doubles, writeOursFixed) &&
                                      Write<double>("double to text/to_string", doubles, writeStd);
 
 #ifdef HAVE_ABSL
@@ -237,8 +237,8 @@ const auto tokenizeOurs = [](Texts& tokens) { QXStringTokenize(tokens, words, " 
 const auto tokenizeOursAtBlanks = [](Texts& tokens) {
   QXStringTokenize(tokens, words, " ", /*skipEmpty=*/false);
 };
-[[maybe_unused]] const bool added5 = Tokenize("tokenize at white space/qx", tokenizeOurs) &&
-                                     Tokenize("tokenize at blanks/qx", tokenizeOursAtBlanks);
+[[maybe_unused]] const bool added5 = Tokenize("tokenize at white space/QX", tokenizeOurs) &&
+                                     Tokenize("tokenize at blanks/QX", tokenizeOursAtBlanks);
 #ifdef HAVE_ABSL
 const auto tokenizeAbsl = [](Texts& tokens) {
   tokens = absl::StrSplit(words, absl::ByAnyChar(" \t\n"), absl::SkipEmpty());
@@ -264,7 +264,7 @@ bool Csv(const char* name, char escape, Split split) {
 const auto csvOurs = [](const std::string& line, Texts& fields) {
   QXStringCSVTokenize(fields, line, ',', '"');
 };
-[[maybe_unused]] const bool added7 = Csv("CSV/qx", '"', csvOurs);
+[[maybe_unused]] const bool added7 = Csv("CSV/QX", '"', csvOurs);
 #ifdef HAVE_BOOST
 const auto csvBoost = [](const std::string& line, Texts& fields) {
   using Separator = boost::escaped_list_separator<char>;
@@ -290,7 +290,7 @@ bool Format(const char* name, Make make) {
 const auto formatOurs = [](const char* name, int i, double d) {
   return QXMakeString("%s %d %.3f", name, i, d);
 };
-[[maybe_unused]] const bool added9 = Format("MakeString/qx", formatOurs);
+[[maybe_unused]] const bool added9 = Format("MakeString/QX", formatOurs);
 #ifdef HAVE_ABSL
 const auto formatAbsl = [](const char* name, int i, double d) {
   return absl::StrFormat("%s %d %.3f", name, i, d);

@@ -72,11 +72,11 @@ void RobustRmsAndRotation(benchmark::State& state) {
 }
 
 #define SIZES ->Arg(10)->Arg(100)->Arg(1000)->Arg(10000)
-BENCHMARK(Rms<double>) SIZES;
-BENCHMARK(RmsAndRotation<double>) SIZES;
-BENCHMARK(Rms<float>) SIZES;
-BENCHMARK(RmsAndRotation<float>) SIZES;
-BENCHMARK(RobustRmsAndRotation) SIZES;
+BENCHMARK(Rms<double>)->Name("RMS only/QX") SIZES;
+BENCHMARK(RmsAndRotation<double>)->Name("RMS and rotation/QX") SIZES;
+BENCHMARK(Rms<float>)->Name("RMS only/QX float") SIZES;
+BENCHMARK(RmsAndRotation<float>)->Name("RMS and rotation/QX float") SIZES;
+BENCHMARK(RobustRmsAndRotation)->Name("RMS and rotation/QX Jacobi") SIZES;
 
 #if HAVE_RDKIT
 // The sum of squares and the motion come together.
@@ -99,7 +99,8 @@ void RdkitAlignPoints(benchmark::State& state) {
     benchmark::DoNotOptimize(motion);
   }
 }
-BENCHMARK(RdkitAlignPoints) SIZES;
+BENCHMARK(RdkitAlignPoints)->Name("RMS only/RDKit") SIZES;
+BENCHMARK(RdkitAlignPoints)->Name("RMS and rotation/RDKit") SIZES;
 #endif
 
 #if HAVE_EIGEN
@@ -117,7 +118,8 @@ void EigenUmeyama(benchmark::State& state) {
     benchmark::DoNotOptimize(&motion);
   }
 }
-BENCHMARK(EigenUmeyama) SIZES;
+BENCHMARK(EigenUmeyama)->Name("RMS only/Eigen") SIZES;
+BENCHMARK(EigenUmeyama)->Name("RMS and rotation/Eigen") SIZES;
 #endif
 
 }  // namespace

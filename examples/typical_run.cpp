@@ -1,30 +1,39 @@
 // The main job of the library in one program: molecules of an SD file become
-// objects with named values, go into a QXB file, are read again by a program
-// that knows only part of what stands there, get more values and are written
-// back, and nothing that the second program did not understand has changed.
+// objects with named values and go into a QXB file; another run, which knows only
+// part of what stands there, reads them, adds values and writes them back; and a
+// third sees to it that nothing has changed that the second did not understand.
 //
-//   typical_run FILE.sdf [DIRECTORY]
+//   typical_run small.sdf molecules.qxb
+//   typical_run molecules.qxb annotated.qxb
+//   typical_run -task compare -in annotated.qxb -with molecules.qxb
 //
-// writes molecules.qxb and annotated.qxb into DIRECTORY, by default the present
-// one, and prints an account. Exit status 1 tells a fault, with its message.
+// The command line comes from the text below. A header in every QXB file tells
+// how it was made, and from what. Exit status 1 tells a fault, with its message.
 
 #include <charconv>
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
 #include <qxsystem/core/base.h>
 #include <qxsystem/core/error.h>
 #include <qxsystem/core/iter.h>
+#include <qxsystem/interface/commandline.h>
+#include <qxsystem/interface/files.h>
+#include <qxsystem/interface/interface.h>
+#include <qxsystem/interface/systemnamespace.h>
+#include <qxsystem/platform/file.h>
 #include <qxsystem/platform/istream.h>
 #include <qxsystem/platform/ostream.h>
 #include <qxsystem/qxb/qxb.h>
 #include <qxsystem/qxb/qxbhand.h>
 #include <qxsystem/qxb/qxbrfxn.h>
 #include <qxsystem/qxb/qxbwfxn.h>
+#include <qxsystem/util/progressstream.h>
+#include <qxsystem/util/qxstring.h>
 
+#include "molecules.h"
+#include "progress.h"
 #include "sdf.h"
 
 using namespace QXPlatform;
@@ -40,18 +49,112 @@ struct Origin {
 
 namespace {
 
-// Names of a molecule's values beside its data fields, which keep their own.
-constexpr const char* kTitle = "Molecule.Title";
-constexpr const char* kElements = "Molecule.Elements";
-constexpr const char* kCoordinates = "Molecule.Coordinates";
-constexpr const char* kBonds = "Molecule.Bonds";
-constexpr const char* kOrigin = "Molecule.Origin";
-constexpr const char* kAtomCount = "Molecule.AtomCount";
-constexpr const char* kCentroid = "Molecule.Centroid";
-constexpr const char* kRadiusOfGyration = "Molecule.RadiusOfGyration";
+constexpr const char* kVersion = "1.0";
 
-// Tags of records.
-constexpr const char* kMolecule = "QXBasePOD";
+constexpr const char* kInterface = R"(
+!BRIEF keeps molecules in QXB files and adds values to them
+!PARAMETER -in 1
+  !TYPE string
+  !KEYLESS 1
+  !REQUIRED true
+  !SIMPLE true
+  !BRIEF The molecules to read, an SD file or a QXB file
+!END
+!PARAMETER -out 2
+  !TYPE string
+  !KEYLESS 2
+  !SIMPLE true
+  !BRIEF The QXB file to write
+!END
+!PARAMETER -with 3
+  !TYPE string
+  !BRIEF For -task compare: the QXB file that -in was made from
+!END
+!PARAMETER -task 4
+  !TYPE const
+  !LEGAL_VALUE 0
+  !LEGAL_VALUE auto
+  !LEGAL_VALUE 1
+  !LEGAL_VALUE convert
+  !LEGAL_VALUE 2
+  !LEGAL_VALUE annotate
+  !LEGAL_VALUE 3
+  !LEGAL_VALUE compare
+  !DEFAULT auto
+  !BRIEF What to do with the molecules
+  !DETAIL
+    convert   an SD file becomes a QXB file
+    annotate  the molecules of a QXB file get values, see -add
+    compare   two QXB files hold the same but for values that were added
+    auto      annotate for a QXB file, convert for any other
+!END
+!PARAMETER -max 5
+  !TYPE int
+  !LEGAL_RANGE 1 inf
+  !BRIEF Read so many molecules at most
+!END
+!PARAMETER -param 6
+  !TYPE param_file
+  !SIMPLE true
+  !BRIEF A file with settings, one to a line
+!END
+!PARAMETER -settings 7
+  !TYPE string
+  !BRIEF Write the settings of this run to a file that -param can read
+!END
+!PARAMETER -comment 8
+  !TYPE string
+  !ALIAS -c
+  !BRIEF A comment for the header of the file
+!END
+!PARAMETER -notes 9
+  !TYPE bool
+  !DEFAULT true
+  !VISIBILITY hidden
+  !BRIEF Let convert write a record of a kind that no reader knows
+!END
+!PARAMETER -status 10
+  !TYPE string
+  !BRIEF Keep a file that tells how far the program is
+!END
+!CATEGORY Conversion 1
+  !BRIEF from SD files
+  !PARAMETER -scale
+    !TYPE double
+    !DEFAULT 1.0
+    !LEGAL_RANGE 0 inf
+    !ILLEGAL_VALUE 0
+    !BRIEF Angstrom for one unit of the file
+  !END
+!END
+!CATEGORY Annotation 2
+  !BRIEF of molecules
+  !PARAMETER -add
+    !TYPE string
+    !LIST true
+    !LEGAL_VALUE atoms
+    !LEGAL_VALUE centroid
+    !LEGAL_VALUE gyration
+    !DEFAULT atoms
+    !DEFAULT centroid
+    !DEFAULT gyration
+    !BRIEF The values to add
+  !END
+!END
+)";
+
+constexpr const char* kRequirements = R"(
+!REQUIREMENT
+  !OPTION -in -out !-task compare
+  !OPTION -in -with -task compare
+!ERROR_MSG
+  Give -in and -out, or, for -task compare, -in and -with.
+!END
+)";
+
+// By the numbers of the text above.
+enum class Task : unsigned { Auto, Convert, Annotate, Compare };
+
 constexpr const char* kNotes = "ScreeningNotes";
 constexpr const char* kOriginText = "Origin";        // "7 small.sdf"
 constexpr const char* kOriginValue = "OriginValue";  // an Origin as a molecule's value
@@ -87,34 +190,36 @@ public:
   }
 };
 
-// What every program here can read and write: molecules as blocks of values.
-void InstallMolecules(QXBinaryIOHandler& handler) {
-  handler.SetReadFxn(QXBasePODReadFxn<QXContainer>(), /*asDefault=*/false);
-  handler.SetWriteFxn(QXBasePODWriteFxn(), /*asDefault=*/false);
-}
-
 void InstallOrigins(QXBinaryIOHandler& handler) {
   QXInstallGenericDataHandler<Origin>(handler, kOriginValue);
   handler.SetReadFxn(OriginReader(), /*asDefault=*/false);
   handler.SetWriteFxn(OriginWriter(), /*asDefault=*/false);
 }
 
-// Ends the program with a message and status 1.
-[[noreturn]] void Fail(const std::string& what) {
-  QXThrow.Fatal(what);
-  std::abort();  // not reached
-}
+// One run of the program: its settings, and what its files' headers tell.
+struct Run {
+  const QXInterface& itf;
+  int argc;
+  char** argv;
 
-unsigned CountItems(const QXBase& object) {
-  unsigned count = 0;
-  for (QXIter<QXBaseData> item = object.GetDataIter(); item; ++item) ++count;
-  return count;
-}
+  template <class T>
+  T Setting(const char* key, T value = T()) const {
+    QXGetSetting(itf, key, value);
+    return value;
+  }
+  unsigned MaxMolecules() const { return static_cast<unsigned>(Setting("-max", 2147483647)); }
+
+  QXHeader Header(const QXHeader* parent) const {
+    return QXHeader(argc, argv, "typical_run", kVersion, Setting<std::string>("-comment").c_str(),
+                    itf, parent);
+  }
+};
+
+// ---- SD file to QXB ----
 
 struct Account {
   unsigned molecules = 0, atoms = 0, bonds = 0;
   unsigned intFields = 0, doubleFields = 0, textFields = 0;
-  unsigned items = 0;  // of all molecules together
 };
 
 // The number that the whole of `text` is. A text with leading zeros may be an
@@ -145,28 +250,34 @@ void AddField(QXBase& object, const std::string& name, const std::string& text, 
   }
 }
 
-// First program: SD file to QXB. It also writes a record of a kind that no
-// other program here knows; its payload is returned.
-std::string Convert(const std::string& sdName, const std::string& qxbName, Account& account) {
-  qxifstream in(sdName);
-  if (!in) Fail(sdName + ": cannot be read");
-  qxofstream out(qxbName);
-  if (!out) Fail(qxbName + ": cannot be written");
+// A payload with every byte value, so that no byte is special.
+std::string Notes() {
+  std::string notes;
+  for (int byte = 0; byte < 256; ++byte) notes += static_cast<char>(byte);
+  return notes;
+}
 
+void Convert(const Run& run, const std::string& inName, const std::string& outName,
+             QXTracerBase& tracer) {
+  tracer.Push("Reading " + inName);
+  qxprogressstream in(new qxifstream(inName), /*ownStream=*/true, &tracer, /*ownTracer=*/false);
+  if (!in) Fail(inName + ": cannot be read");
   QXBinaryIOHandler handler;
   InstallMolecules(handler);
   InstallOrigins(handler);
+  MoleculeWriter out(outName, handler, run.Header(/*parent=*/nullptr));
 
-  std::string notes;  // every byte value, so that no byte is special
-  for (int byte = 0; byte < 256; ++byte) notes += static_cast<char>(byte);
-
+  const auto scale = static_cast<float>(run.Setting("-scale", 1.0));
+  const bool notes = run.Setting("-notes", false);
+  const std::string file = QXFileDetermineName(inName);
+  Account account;
   SDReader reader(in);
   SDMolecule molecule;
-  const std::string file = sdName.substr(sdName.rfind('/') + 1);
-  while (reader.Read(molecule)) {
+  while (account.molecules < run.MaxMolecules() && reader.Read(molecule)) {
     ++account.molecules;
     account.atoms += static_cast<unsigned>(molecule.elements.size());
     account.bonds += static_cast<unsigned>(molecule.bonds.size() / 3);
+    for (float& coordinate : molecule.coordinates) coordinate *= scale;
 
     QXContainer object;
     object.SetData<std::string>(kTitle, molecule.title);
@@ -175,23 +286,26 @@ std::string Convert(const std::string& sdName, const std::string& qxbName, Accou
     object.SetData(kBonds, molecule.bonds);
     object.SetData(kOrigin, Origin{file, static_cast<int>(account.molecules)});
     for (const auto& [name, text] : molecule.fields) AddField(object, name, text, account);
-    account.items += CountItems(object);
-
-    if (!QXBinaryWrite<QXBase>(out, object, handler)) Fail(qxbName + ": cannot be written");
-    if (account.molecules == 1 && !QXBWriteRecord(out, kNotes, notes.data(), notes.size()))
-      Fail(qxbName + ": cannot be written");
+    out.Write(object);
+    if (account.molecules == 1 && notes) out.WriteRecord(kNotes, Notes());
   }
   if (!reader.Error().empty() || account.molecules == 0) {
-    out.close();
-    std::remove(qxbName.c_str());
-    Fail(sdName + ": " + (reader.Error().empty() ? "no molecules" : reader.Error()));
+    out.Discard();
+    Fail(inName + ": " + (reader.Error().empty() ? "no molecules" : reader.Error()));
   }
-  if (!out.close()) Fail(qxbName + ": cannot be written");
-  return notes;
+  tracer.Pop();
+  out.Close();
+  qxout << account.molecules << " molecules with " << account.atoms << " atoms, " << account.bonds
+        << " bonds, and data fields: " << account.intFields << " int, " << account.doubleFields
+        << " double, " << account.textFields << " text\n";
 }
 
-// Atom count, centroid and the root mean square distance from it.
-void Describe(QXBase& object) {
+// ---- Values for the molecules of a QXB file ----
+
+// Atom count, centroid and the root mean square distance from it, as far as they
+// are wanted.
+void Describe(const Run& run, QXBase& object) {
+  if (!object.HasData(kCoordinates)) return;
   const auto& xyz = object.GetData<std::vector<float>>(kCoordinates);
   const std::size_t atoms = xyz.size() / 3;
   std::vector<double> centroid(3);
@@ -202,61 +316,57 @@ void Describe(QXBase& object) {
     squares += (xyz[i] - centroid[i % 3]) * (xyz[i] - centroid[i % 3]);
   const double radius = atoms > 0 ? std::sqrt(squares / static_cast<double>(atoms)) : 0;
 
-  object.SetData<int>(kAtomCount, static_cast<int>(atoms));
-  object.SetData(kCentroid, centroid);
-  object.SetData<double>(kRadiusOfGyration, radius);
-}
-
-// Writes back what came with `object` as records that nobody here can read.
-bool WriteAttached(qxostream& out, const QXBase& object) {
-  for (QXIter<QXBaseData> item = object.GetDataIter(QXUnknownQXBDataTagName()); item; ++item) {
-    if (item->GetDataType() != QXGetDataType<QXUnknownQXBData>()) continue;
-    const auto& kept = static_cast<const QXBaseDataT<QXUnknownQXBData>&>(*item).GetValue();
-    if (!QXBWriteUnknown(out, kept)) return false;
+  // QXGetSetting by number would go on into the defaults behind the values given.
+  const auto* add = dynamic_cast<QXTypedParameter<std::string>*>(run.itf.GetParameter("-add"));
+  for (QXIter<const std::string> wanted = add->GetSettings(); wanted; ++wanted) {
+    if (QXStringEquals(*wanted, "atoms")) object.SetData<int>(kAtomCount, static_cast<int>(atoms));
+    if (QXStringEquals(*wanted, "centroid")) object.SetData(kCentroid, centroid);
+    if (QXStringEquals(*wanted, "gyration")) object.SetData<double>(kRadiusOfGyration, radius);
   }
-  return true;
 }
 
-// Second program: reads molecules, adds values and writes them back. It knows
-// neither Origin nor the notes.
-unsigned Annotate(const std::string& fromName, const std::string& toName) {
-  qxifstream in(fromName);
-  if (!in) Fail(fromName + ": cannot be read");
-  qxofstream out(toName);
-  if (!out) Fail(toName + ": cannot be written");
-
+// This one knows neither Origin nor the notes.
+void Annotate(const Run& run, const std::string& inName, const std::string& outName,
+              QXTracerBase& tracer) {
+  tracer.Push("Adding values");
   QXBinaryIOHandler handler;
   InstallMolecules(handler);
+  MoleculeReader in(inName, handler, tracer);
+  QXContainer object;
+  bool more = in.Read(object);
+  const QXHeader header = run.Header(in.Header());
+  MoleculeWriter out(outName, handler, header);
 
-  unsigned added = 0;
-  for (unsigned record = 1; !in.eof(); ++record) {
-    QXContainer object;
-    const unsigned status = QXBinaryRead(in, object, handler);
-    if (status != QXBReturn::Success)
-      Fail(fromName + ": record " + std::to_string(record) + ": " + QXGetQXBReturnString(status));
-    bool written;
+  unsigned molecules = 0, unread = 0, added = 0;
+  for (; more && molecules < run.MaxMolecules(); more = in.Read(object)) {
     if (object.HasData(QXUnknownQXBDataTagName())) {
-      written = WriteAttached(out, object);
+      ++unread;
     } else {
+      ++molecules;
       const unsigned before = CountItems(object);
-      Describe(object);
+      Describe(run, object);
       added += CountItems(object) - before;
-      written = QXBinaryWrite<QXBase>(out, object, handler);
     }
-    if (!written) Fail(toName + ": cannot be written");
+    out.Write(object);
   }
-  if (!out.close()) Fail(toName + ": cannot be written");
-  return added;
+  tracer.Pop();
+  out.Close();
+  qxout << molecules << " molecules got " << added
+        << " values; records of unknown kind passed on: " << unread << "\n";
+  PrintHistory(header);
 }
+
+// ---- What became of them ----
 
 // A record as it lies in a file.
 struct Record {
   std::string tag, payload, bytes;
 };
 
-// The records of a file, by the primitives of the format alone.
+// The records of a file behind its header, by the primitives of the format alone.
 std::vector<Record> ReadRecords(const std::string& name) {
   qxifstream file(name);
+  if (!file) Fail(name + ": cannot be read");
   std::string all;
   file.read(all);
   qxisstream in(all);
@@ -270,7 +380,7 @@ std::vector<Record> ReadRecords(const std::string& name) {
     if (in.read(record.payload, length) != length) Fail(name + ": damaged");
     record.tag = tag;
     record.bytes = all.substr(start, static_cast<std::size_t>(in.tell()) - start);
-    records.push_back(record);
+    if (record.tag != kHeader) records.push_back(record);
   }
   return records;
 }
@@ -281,74 +391,93 @@ std::size_t TotalBytes(const std::vector<Record>& records) {
   return sum;
 }
 
-// Third program: knows all kinds, and compares the two files.
-void Compare(const std::string& sdName, const std::string& firstName, const std::string& secondName,
-             const std::string& notes, const Account& account, unsigned added) {
+// This one knows all kinds. `firstName` is what Convert wrote.
+void Compare(const std::string& firstName, const std::string& secondName) {
   const auto first = ReadRecords(firstName), second = ReadRecords(secondName);
   QXBinaryIOHandler handler;
   InstallMolecules(handler);
   InstallOrigins(handler);
+  const auto read = [&handler](const Record& record) {
+    QXContainer object;
+    qxisstream in(record.bytes);
+    if (QXBinaryRead(in, object, handler) != QXBReturn::Success) Fail("damaged " + record.tag);
+    return object;
+  };
 
-  bool intact = first.size() == second.size() && first.size() == account.molecules + 1;
-  unsigned foreign = 0, origins = 0, items = 0;
+  bool intact = first.size() == second.size();
+  unsigned molecules = 0, foreign = 0, origins = 0, itemsIn = 0, itemsOut = 0;
   std::string example;  // the first molecule
   for (std::size_t i = 0; intact && i < first.size(); ++i) {
     const Record &before = first[i], &after = second[i];
     if (before.tag != kMolecule) {
-      foreign += before.tag == kNotes && before.payload == notes && before.bytes == after.bytes;
+      ++foreign;
+      intact = before.bytes == after.bytes && (before.tag != kNotes || before.payload == Notes());
       continue;
     }
     // New values stand behind the old ones. So the old block, items that the
     // second program could not read included, begins the new one.
-    intact = after.tag == kMolecule && after.payload.size() > before.payload.size() &&
+    intact = after.tag == kMolecule &&
              after.payload.compare(0, before.payload.size(), before.payload) == 0;
+    if (!intact) break;
 
-    QXContainer object;
-    qxisstream in(after.bytes);
-    intact = intact && QXBinaryRead(in, object, handler) == QXBReturn::Success;
-    items += CountItems(object);
-    if (example.empty())
-      example = "'" + object.GetData<std::string>(kTitle) +
-                "': " + std::to_string(object.GetData<int>(kAtomCount)) +
-                " atoms, radius of gyration " +
+    const QXContainer object = read(after);
+    itemsIn += CountItems(read(before));
+    itemsOut += CountItems(object);
+    origins += object.GetData<Origin>(kOrigin).record == static_cast<int>(++molecules);
+    if (example.empty() && object.HasData(kRadiusOfGyration))
+      example = "'" + object.GetData<std::string>(kTitle) + "': radius of gyration " +
                 std::to_string(object.GetData<double>(kRadiusOfGyration)) + " Angstrom";
-    const auto& origin = object.GetData<Origin>(kOrigin);
-    origins += origin.record == static_cast<int>(i + 1 - foreign) &&
-               origin.file == sdName.substr(sdName.rfind('/') + 1);
   }
-  if (!intact || foreign != 1 || origins != account.molecules || items != account.items + added)
+  if (!intact || molecules == 0 || origins != molecules)
     Fail("what was read and written back is not what was there");
 
-  qxout << "records in:  " << first.size() << " (" << account.molecules
-        << " molecules, 1 of a kind unknown to the reader), " << TotalBytes(first) << " bytes\n"
+  qxout << "records in:  " << first.size() << " (" << molecules << " molecules, " << foreign
+        << " of a kind unknown to the reader), " << TotalBytes(first) << " bytes\n"
         << "records out: " << second.size() << ", " << TotalBytes(second) << " bytes\n"
-        << "items in:    " << items - added << " (" << origins
-        << " of a type unknown to the reader)\n"
-        << "items added: " << added << " (atom count, centroid, radius of gyration)\n"
-        << "items out:   " << items << "\n"
-        << "added to the first molecule, " << example << "\n"
-        << "came through byte for byte: the unknown record, and all items of every molecule\n";
+        << "items in:    " << itemsIn << " (" << origins << " of a type unknown to the reader)\n"
+        << "items added: " << itemsOut - itemsIn << "\n";
+  if (!example.empty()) qxout << "added to the first molecule, " << example << "\n";
+  qxout << "came through byte for byte: the records of unknown kind, and all items of every "
+           "molecule\n";
+}
+
+void WriteSettings(const QXInterface& itf, const std::string& name) {
+  qxofstream out(name);
+  if (!QXWriteSettings(itf, out, /*all=*/true, /*mode=*/"") || !out.close())
+    Fail(name + ": cannot be written");
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 2 && argc != 3) {
-    QXThrow.Warning("usage: typical_run FILE.sdf [DIRECTORY]");
+  QXInterface itf(kInterface);
+  // Ends the program itself when something is wrong, or help was asked for.
+  if (!QXParseCommandLine(itf, kVersion, argc, argv,
+                          reinterpret_cast<const unsigned char*>(kRequirements),
+                          QXErrorLevel::Error, /*checkHelp=*/true))
     return 1;
+
+  const Run run = {itf, argc, argv};
+  const auto in = run.Setting<std::string>("-in"), out = run.Setting<std::string>("-out");
+  if (in == out) Fail("-in and -out name the same file");
+  if (const auto name = run.Setting<std::string>("-settings"); !name.empty())
+    WriteSettings(itf, name);
+
+  auto task = static_cast<Task>(run.Setting<unsigned>("-task"));
+  if (task == Task::Auto)
+    task = QXFileExtension(in, /*skip=*/"") == "qxb" ? Task::Annotate : Task::Convert;
+  Progress progress(run.Setting<std::string>("-status"));
+  switch (task) {
+    case Task::Auto:
+    case Task::Convert:
+      Convert(run, in, out, progress);
+      break;
+    case Task::Annotate:
+      Annotate(run, in, out, progress);
+      break;
+    case Task::Compare:
+      Compare(run.Setting<std::string>("-with"), in);
+      break;
   }
-  const std::string sdName = argv[1];
-  const std::string directory = argc == 3 ? argv[2] : ".";
-  const std::string first = directory + "/molecules.qxb";
-  const std::string second = directory + "/annotated.qxb";
-
-  Account account;
-  const std::string notes = Convert(sdName, first, account);
-  qxout << account.molecules << " molecules with " << account.atoms << " atoms, " << account.bonds
-        << " bonds, and data fields: " << account.intFields << " int, " << account.doubleFields
-        << " double, " << account.textFields << " text\n";
-
-  const unsigned added = Annotate(first, second);
-  Compare(sdName, first, second, notes, account, added);
   return 0;
 }

@@ -28,10 +28,12 @@ done
 python3 - "${@/#/$out/}" <<'PYTHON'
 import json, re, sys
 
-# A benchmark is named Job<Subject, Element>/arguments, or JobSubject.
+# A benchmark is named Job<Subject, Element>/arguments, job/Subject/arguments or
+# JobSubject. The library's subjects begin with QX, or are these.
 TEMPLATE = re.compile(r"(\w+)<((?:[^<>,]|<.*>)+)(?:, ([^<>]+))?>(.*)")
+SLASHED = re.compile(r"([^/<>]+)/([A-Za-z][^/<>]*)(.*)")
 PLAIN = re.compile(r"(Suppressed|Printed)(\w+)")
-LIBRARY = {"Tags", "QXThrow", "QXById", "QXByName", "QXB", "Pool", "Hanoi", "UnionFind"}
+LIBRARY = {"Tags", "Pool", "Hanoi", "UnionFind"}
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 jobs = {}
@@ -43,6 +45,8 @@ for path in sys.argv[1:]:
             continue
         if match := TEMPLATE.match(b["run_name"]):
             job, subject, element, rest = match.groups(default="")
+        elif match := SLASHED.match(b["run_name"]):
+            (job, subject, rest), element = match.groups(), ""
         elif match := PLAIN.match(b["run_name"]):
             (job, subject), element, rest = match.groups(), "", ""
         else:
@@ -53,9 +57,10 @@ for path in sys.argv[1:]:
 
 print("| job | library, ns | peer / library |\n|---|---|---|")
 for row, times in sorted(jobs.items()):
-    for subject in sorted(LIBRARY & times.keys()):
+    ours = {s for s in times if s in LIBRARY or s.startswith("QX")}
+    for subject in sorted(ours):
         own = times[subject]
-        ratios = [(t / own, s) for s, t in times.items() if s not in LIBRARY]
+        ratios = [(t / own, s) for s, t in times.items() if s not in ours]
         job = " ".join(filter(None, (row[0], subject, row[1]))) + row[2]
         print(f"| {job} | {own:,.1f} | " + ", ".join(f"{s} {r:.2f}" for r, s in sorted(ratios)) + " |")
 PYTHON

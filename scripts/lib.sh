@@ -32,7 +32,7 @@ Install them as root (apt-get install ${missing[*]}), or run this with sudo avai
 }
 
 build_packages=(cmake ninja-build g++ pkg-config rapidjson-dev zlib1g-dev libzstd-dev
-                libgtest-dev libbenchmark-dev)
+                libgtest-dev libbenchmark-dev libpng-dev)
 clang_packages=(clang libclang-rt-14-dev llvm)
 
 # configure PRESET [CMAKE-ARGUMENT...]: with ccache where there is one.

@@ -62,8 +62,9 @@ void WriteHtmlFile(const Request& request) {
 
 void PrintDetail(const Request& request) {
   const ParameterIndex parameters(request.interface);
-  const QXParameter* parameter = FindMeant(
-      request.topic, [&parameters](const std::string& name) { return parameters.Find(name); });
+  const QXParameter* parameter = FindMeant(request.topic, [&parameters](const std::string& name) {
+    return parameters.ParameterWithFullname(name);
+  });
   if (parameter) {
     QXTextWriter writer(request.out, "  ");
     WriteParameterDetailImpl(*parameter, writer);

@@ -3,13 +3,16 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
-#include <cstdlib>
+#include <memory>
+#include <unordered_map>
 
+#include <qxsystem/core/endprocess_private.h>
 #include <qxsystem/core/error.h>
 #include <qxsystem/interface/commandline_private.h>
 #include <qxsystem/interface/interface_impl_private.h>
 #include <qxsystem/interface/parameter_concrete.h>
 #include <qxsystem/platform/ostream.h>
+#include <qxsystem/util/qxstring.h>
 
 namespace QXSystem {
 
@@ -48,27 +51,27 @@ bool GetKeylessParameters(const QXInterface& interface, std::vector<QXParameter*
   return good;
 }
 
-void PrintVersionAndExit(const char* version) {
-  QXPlatform::qxout << (version ? version : "version not set") << "\n";
+void EndAfterAnswer() {
   QXPlatform::qxout.flush();
-  std::exit(0);
+  EndProcess(0);
+}
+
+void PrintVersionAndEnd(const char* version) {
+  QXPlatform::qxout << (version ? version : "version not set") << "\n";
+  EndAfterAnswer();
 }
 
 namespace {
 
-class CommandLine {
+class CommandLine : CommandLineParser {
 public:
-  CommandLine(QXInterface& interface, const char* version, int argc, char** argv, unsigned level)
-      : interface_(interface),
-        parameters_(interface),
-        version_(version),
-        arguments_(argv + std::clamp(argc, 0, 1), argv + std::max(argc, 0)),
-        level_(level) {}
+  using CommandLineParser::CommandLineParser;
 
   bool Parse(const unsigned char* requirements) {
-    if (!GetKeylessParameters(interface_, keyless_) || !Scan() || !AssignKeyless() ||
-        !ReadParameterFiles())
-      return false;
+    if (!GetKeylessParameters(interface_, keyless_)) return false;
+    const bool scanned = Scan();
+    for (const auto& list : probes_) list.first->Load();
+    if (!scanned || !AssignKeyless() || !ReadParameterFiles()) return false;
     for (QXParameter* parameter : to_unset_) parameter->ClearValues();
     return QXHasRequired(interface_, requirements, level_);
   }
@@ -78,6 +81,7 @@ private:
   QXParameter* FindUnset(const std::string& argument) const;
   bool TakeSwitch(const std::string& key, QXParameter& parameter);
   bool TakeValues(const std::string& key, QXParameter& parameter);
+  bool LoadTaken(QXParameter& parameter, const Texts& texts);
   bool AssignKeyless();
   bool AssignKeyless(QXParameter& parameter, const Texts& texts);
   void NoteFile(QXParameter& parameter);
@@ -85,17 +89,13 @@ private:
 
   bool Complain(const char* format, ...) const __attribute__((format(printf, 2, 3)));
 
-  QXInterface& interface_;
-  const ParameterIndex parameters_;
-  const char* const version_;
-  const Texts arguments_;  // behind the program's name
-  const unsigned level_;
-
-  std::size_t at_ = 0;                 // the next argument
   std::vector<QXParameter*> keyless_;  // in their order
   Texts leftover_;                     // arguments without key
   std::vector<QXParameter*> to_unset_;
   std::vector<QXParameter*> files_;  // parameter files that were given
+
+  // Lists that were given more than once, each with a copy to try their texts on.
+  std::unordered_map<QXParameter*, std::unique_ptr<QXParameter>> probes_;
 };
 
 bool CommandLine::Complain(const char* format, ...) const {
@@ -117,8 +117,8 @@ bool CommandLine::Scan() {
       to_unset_.push_back(parameter);
       continue;
     }
-    if (argument == "--version") PrintVersionAndExit(version_);
-    QXParameter* parameter = parameters_.Find(argument);
+    if (argument == "--version") PrintVersionAndEnd(version_);
+    QXParameter* parameter = parameters_.ParameterWithFullname(argument);
     if (!parameter) {
       leftover_.push_back(argument);
       continue;
@@ -141,14 +141,14 @@ bool CommandLine::Scan() {
 QXParameter* CommandLine::FindUnset(const std::string& argument) const {
   static const std::string prefix = "--unset";
   if (argument.compare(0, prefix.size(), prefix) != 0) return nullptr;
-  return parameters_.Find(argument.substr(prefix.size()));
+  return parameters_.ParameterWithFullname(argument.substr(prefix.size()));
 }
 
 // A switch may stand alone, in front of anything that is no truth value.
 bool CommandLine::TakeSwitch(const std::string& key, QXParameter& parameter) {
   if (at_ < arguments_.size() && parameter.IsLegalString(arguments_[at_]))
     return TakeValues(key, parameter);
-  return (parameter.AddStringValue("true") && parameter.Load()) ||
+  return (parameter.AddStringValue("true") && LoadTaken(parameter, {"true"})) ||
          Complain("Problem loading parameter %s with setting %s", key.c_str(), "true");
 }
 
@@ -162,8 +162,9 @@ bool CommandLine::TakeValues(const std::string& key, QXParameter& parameter) {
                     value.c_str(), key.c_str(), LegalList(parameter, /*pretty=*/true).c_str());
 
   // A list goes on until the next key, or what is no value of it.
-  std::string taken = value;
-  while (parameter.GetIsList() && at_ < arguments_.size() && !parameters_.Find(arguments_[at_]) &&
+  Texts taken = {value};
+  while (parameter.GetIsList() && at_ < arguments_.size() &&
+         !parameters_.ParameterWithFullname(arguments_[at_]) &&
          parameter.IsLegalString(arguments_[at_])) {
     const std::string& next = arguments_[at_++];
     if (!parameter.AddStringValue(next))
@@ -171,10 +172,19 @@ bool CommandLine::TakeValues(const std::string& key, QXParameter& parameter) {
           "%s is not a legal setting for list parameter %s (specified on command line)%s",
           next.c_str(), parameter.GetName().c_str(),
           LegalList(parameter, /*pretty=*/false).c_str());
-    taken += next;
+    taken.push_back(next);
   }
-  return parameter.Load() ||
-         Complain("Problem loading parameter %s with setting %s", key.c_str(), taken.c_str());
+  return LoadTaken(parameter, taken) || Complain("Problem loading parameter %s with setting %s",
+                                                 key.c_str(), QXStringJoin(taken, "").c_str());
+}
+
+// Loads a parameter to which some texts were added. Every load begins with the first
+// value: a list that is given again, and again, is loaded when all were scanned.
+bool CommandLine::LoadTaken(QXParameter& parameter, const Texts& texts) {
+  if (!parameter.GetIsList() || !parameter.GetHasValue(0)) return parameter.Load();
+  std::unique_ptr<QXParameter>& probe = probes_[&parameter];
+  if (!probe) probe.reset(parameter.CreateCopy());
+  return FindUnloadable(*probe, texts) == texts.size() || parameter.Load();
 }
 
 // ---- Arguments without key ----
@@ -266,10 +276,8 @@ bool CommandLine::ReadParameterFiles() {
 
 bool QXParseCommandLine(QXInterface& interface, const char* version, int argc, char** argv,
                         const unsigned char* requirements, unsigned level, bool checkHelp) {
-  if (checkHelp && QXCheckHelp(interface, argc, argv, /*exitOnEmpty=*/true, QXPlatform::qxerr)) {
-    QXPlatform::qxout.flush();
-    std::exit(0);
-  }
+  if (checkHelp && QXCheckHelp(interface, argc, argv, /*exitOnEmpty=*/true, QXPlatform::qxerr))
+    EndAfterAnswer();
   return CommandLine(interface, version, argc, argv, level).Parse(requirements);
 }
 

@@ -1,5 +1,4 @@
 // The parser for programs whose keys are switches of one letter.
-#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -58,14 +57,9 @@ bool IsSwitchOrKeyless(const QXParameter& p) {
   return good;
 }
 
-class SwitchLine {
+class SwitchLine : CommandLineParser {
 public:
-  SwitchLine(QXInterface& interface, const char* version, int argc, char** argv, unsigned level)
-      : interface_(interface),
-        parameters_(interface),
-        version_(version),
-        arguments_(argv + std::clamp(argc, 0, 1), argv + std::max(argc, 0)),
-        level_(level) {}
+  using CommandLineParser::CommandLineParser;
 
   bool Parse(const unsigned char* requirements) {
     for (QXIter<QXParameter> p = interface_.GetParameters(/*recursive=*/true); p; ++p)
@@ -85,31 +79,25 @@ private:
   void TakeKeyless(const std::vector<QXParameter*>& keyless);
   void Assign(QXParameter& parameter, const Texts& texts);
 
-  QXInterface& interface_;
-  const ParameterIndex parameters_;
-  const char* const version_;
-  const Texts arguments_;  // behind the program's name
-  const unsigned level_;
-  std::size_t at_ = 0;  // the next argument
-  bool good_ = true;    // nothing was reported
+  bool good_ = true;  // nothing was reported
 };
 
 // Takes "-abc" as "-a -b -c".
 void SwitchLine::TakeSwitches(const std::string& group) {
-  if (group == "--version") PrintVersionAndExit(version_);
-  const QXParameter* whole = parameters_.Find(group);
-  if (whole && whole->GetKeyless() != 0) {
-    ComplainOfKey(group);
-  } else if (group.size() == 1) {
+  if (group == "--version") PrintVersionAndEnd(version_);
+  const QXParameter* whole = parameters_.ParameterWithFullname(group);
+  if (group.size() == 1) {
     QXThrow.Msg(level_, " - is not a valid command line arg");
     good_ = false;
+  } else if (whole && whole->GetKeyless() != 0) {
+    ComplainOfKey(group);
   } else {
     for (const char letter : group.substr(1)) TakeSwitch({'-', letter}, group);
   }
 }
 
 void SwitchLine::TakeSwitch(const std::string& key, const std::string& group) {
-  QXParameter* parameter = parameters_.Find(key);
+  QXParameter* parameter = parameters_.ParameterWithFullname(key);
   if (parameter && parameter->GetKeyless() != 0) return ComplainOfKey(key);
   if (parameter && IsBool(*parameter) && parameter->SetStringValue("true") && parameter->Load())
     return;
@@ -143,20 +131,12 @@ void SwitchLine::TakeKeyless(const std::vector<QXParameter*>& keyless) {
 }
 
 void SwitchLine::Assign(QXParameter& parameter, const Texts& texts) {
-  const auto complain = [this](const std::string& text) {
-    QXThrow.Msg(level_, "Invalid command line argument %s", text.c_str());
+  const std::vector<Fault> faults = AssignTexts(parameter, texts, /*replace=*/true);
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    if (faults[i] == Fault::None) continue;
+    QXThrow.Msg(level_, "Invalid command line argument %s", texts[i].c_str());
     good_ = false;
-  };
-  Texts added;
-  for (const std::string& text : texts) {
-    if (parameter.IsLegalString(text) &&
-        (&text == &texts.front() ? parameter.SetStringValue(text) : parameter.AddStringValue(text)))
-      added.push_back(text);
-    else
-      complain(text);
   }
-  for (std::size_t i = added.empty() ? 0 : LoadAdded(parameter, added); i < added.size(); ++i)
-    complain(added[i]);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <iterator>
 #include <limits>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -113,6 +114,12 @@ const Keyword* FindKeyword(const Line& line) {
   return found == std::end(Keywords) ? nullptr : found;
 }
 
+// The same for a line that has as many words as its keyword asks for.
+const Keyword* FindFittingKeyword(const Line& line) {
+  const Keyword* keyword = FindKeyword(line);
+  return keyword && line.size >= keyword->min && line.size <= keyword->max ? keyword : nullptr;
+}
+
 using Body = std::vector<Line>;  // of a parameter: from the line behind its head to "!END"
 
 // Adds the lines from `at` up to the next keyword, without the indentation that
@@ -128,18 +135,37 @@ Body::const_iterator AddDetail(QXParameter& parameter, Body::const_iterator at,
   return stop;
 }
 
-// Adds the defaults of a list. They are loaded once, since every load begins with
-// the first. The result are the lines that had no effect.
-std::vector<const Line*> AddDefaults(QXParameter& parameter, std::vector<const Line*> lines) {
-  const auto refused = std::stable_partition(
-      lines.begin(), lines.end(),
-      [&parameter](const Line* line) { return parameter.AddStringDefault(line->Word(1)); });
-  std::vector<std::string> texts;
-  for (auto line = lines.begin(); line != refused; ++line) texts.push_back((*line)->Word(1));
-  auto good = refused;
-  if (!parameter.LoadDefault())
-    good = lines.begin() + static_cast<std::ptrdiff_t>(FindUnloadable(parameter, texts));
-  return {good, lines.end()};
+using Lines = std::vector<const Line*>;
+
+Lines FindDefaults(Body::const_iterator at, Body::const_iterator end) {
+  Lines lines;
+  for (; at != end; ++at) {
+    const Keyword* keyword = FindFittingKeyword(*at);
+    if (keyword && keyword->kind == Kind::Default) lines.push_back(&*at);
+  }
+  return lines;
+}
+
+// Sets the defaults, and returns the lines that had no effect. Those of a list are
+// loaded once, since every load begins with the first.
+Lines SetDefaults(QXParameter& parameter, const Lines& lines) {
+  const bool list = parameter.GetIsList();
+  Lines taken, refused;
+  Texts texts;
+  parameter.ClearDefaults();
+  for (const Line* line : lines) {
+    const std::string text = line->Word(1);
+    const bool good = list ? parameter.AddStringDefault(text)
+                           : parameter.SetStringDefault(text) && parameter.LoadDefault();
+    (good ? taken : refused).push_back(line);
+    if (good) texts.push_back(text);
+  }
+  if (list && !parameter.LoadDefault()) {
+    const std::unique_ptr<QXParameter> probe(parameter.CreateCopy());
+    const auto good = static_cast<std::ptrdiff_t>(FindUnloadable(*probe, texts));
+    refused.insert(refused.end(), taken.begin() + good, taken.end());
+  }
+  return refused;
 }
 
 // Applies the lines of a body.
@@ -148,27 +174,23 @@ void ConfigureParameter(QXParameter& parameter, const Body& body) {
     QXThrow.Error("Problem parsing interface configuration file or parameter %s\n  line : %s",
                   parameter.GetName().c_str(), line.Raw().c_str());
   };
-  std::vector<const Line*> defaults;
+  Lines defaults, refused;
   for (auto line = body.begin(); line != body.end(); ++line) {
     if (line->SaysNothing()) continue;
-    const Keyword* keyword = FindKeyword(*line);
-    const bool fits = keyword && line->size >= keyword->min && line->size <= keyword->max;
-    if (fits && keyword->kind == Kind::Detail)
-      line = AddDetail(parameter, line + 1, body.end()) - 1;
-    else if (fits && keyword->kind == Kind::Default)
-      defaults.push_back(&*line);
-    else if (!fits || (keyword->kind == Kind::Set && !keyword->set(parameter, *line)))
+    const Keyword* keyword = FindFittingKeyword(*line);
+    if (!keyword || (keyword->kind == Kind::Set && !keyword->set(parameter, *line))) {
       complain(*line);
+    } else if (keyword->kind == Kind::Detail) {
+      line = AddDetail(parameter, line + 1, body.end()) - 1;
+    } else if (keyword->kind == Kind::Default) {
+      if (defaults.empty()) defaults = FindDefaults(line, body.end());
+      if (&*line == defaults.back()) refused = SetDefaults(parameter, defaults);
+    }
   }
-
-  // The defaults come last wherever they stand, because the names of constants are
-  // not known before their legal values are.
-  if (parameter.GetIsList()) {
-    for (const Line* line : AddDefaults(parameter, defaults)) complain(*line);
-  } else {
-    for (const Line* line : defaults)
-      if (!parameter.SetStringDefault(line->Word(1)) || !parameter.LoadDefault()) complain(*line);
-  }
+  // The names of constants may have come after the defaults, so that these are tried
+  // once more. All are, for their order is kept.
+  if (!refused.empty())
+    for (const Line* line : SetDefaults(parameter, defaults)) complain(*line);
   for (QXIter<const std::string> text = parameter.GetStringDefaults(); text; ++text)
     if (!parameter.IsLegalString(*text))
       QXThrow.Warning("!DEFAULT value of %s is not a legal setting for parameter %s", text->c_str(),

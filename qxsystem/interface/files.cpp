@@ -39,32 +39,26 @@ void SplitLine(const std::string& line, Texts& words) {
 // Gives a parameter the values behind the key of a line.
 bool AssignLine(QXParameter& parameter, const Texts& words, unsigned level) {
   const char* key = words[0].c_str();
-  bool good = true;
-  Texts added;
-  for (std::size_t i = 1; i < words.size(); ++i) {
-    if (i > 1 && !parameter.GetIsList()) {
+  const bool tooMany = words.size() > 2 && !parameter.GetIsList();
+  const Texts texts(words.begin() + 1, tooMany ? words.begin() + 2 : words.end());
+  const std::vector<Fault> faults = AssignTexts(parameter, texts, /*replace=*/false);
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    const char* text = texts[i].c_str();
+    if (faults[i] == Fault::NotLegal)
       QXThrow.Msg(level,
-                  "Problem in parameter file with key %s.  Key is followed by multiple values.",
-                  key);
-      good = false;
-      break;
-    }
-    if (parameter.IsLegalString(words[i]) && parameter.AddStringValue(words[i])) {
-      added.push_back(words[i]);
-      continue;
-    }
-    QXThrow.Msg(level, "%s is not a legal setting for parameter %s (specified in parameter file)%s",
-                words[i].c_str(), key, LegalList(parameter, /*pretty=*/true).c_str());
-    good = false;
+                  "%s is not a legal setting for parameter %s (specified in parameter file)%s",
+                  text, key, LegalList(parameter, /*pretty=*/true).c_str());
+    else if (faults[i] == Fault::NotLoaded)
+      QXThrow.Msg(level,
+                  "Unable to load parameter %s listed in parameter file, check that %s is a valid "
+                  "setting",
+                  key, text);
   }
-  for (std::size_t i = added.empty() ? 0 : LoadAdded(parameter, added); i < added.size(); ++i) {
+  if (tooMany)
     QXThrow.Msg(level,
-                "Unable to load parameter %s listed in parameter file, check that %s is a valid "
-                "setting",
-                key, added[i].c_str());
-    good = false;
-  }
-  return good;
+                "Problem in parameter file with key %s.  Key is followed by multiple values.", key);
+  return !tooMany && std::count(faults.begin(), faults.end(), Fault::None) ==
+                         static_cast<std::ptrdiff_t>(faults.size());
 }
 
 }  // namespace
@@ -76,7 +70,7 @@ bool ParseParameterFile(const ParameterIndex& parameters, qxistream& in, bool ov
   for (std::string line; in.getline(line);) {
     SplitLine(line, words);
     if (words.empty() || words[0][0] == '#') continue;
-    QXParameter* parameter = parameters.Find(words[0]);
+    QXParameter* parameter = parameters.ParameterWithFullname(words[0]);
     if (!parameter) {
       parameters.Suggest(words[0]);
       QXThrow.Msg(level, "Unknown parameter %s in parameter file (begin comment lines with #)",

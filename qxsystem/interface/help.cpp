@@ -37,12 +37,16 @@ void WriteWrapped(const std::string& brief, std::size_t column, unsigned width, 
   }
 }
 
+bool HasParametersWithVis(const QXInterface& interface, unsigned level) {
+  return AnyParameter(interface,
+                      [level](const QXParameter& p) { return p.GetVisibility() <= level; });
+}
+
 void WriteBrief(const QXInterface& interface, qxostream& out, const std::string& prefix,
                 unsigned level, unsigned width) {
-  const auto shown = [level](const QXParameter& p) { return p.GetVisibility() <= level; };
   bool any = false;
   for (QXIter<QXParameter> p = interface.GetParameters(/*recursive=*/false); p; ++p) {
-    if (!shown(*p)) continue;
+    if (p->GetVisibility() > level) continue;
     out << prefix << p->GetName();
     if (!p->GetBrief().empty())
       WriteWrapped(p->GetBrief(), prefix.size() + p->GetName().size(), width, out);
@@ -53,7 +57,7 @@ void WriteBrief(const QXInterface& interface, qxostream& out, const std::string&
 
   any = false;
   for (QXIter<QXInterface> child = interface.GetInterfaces(/*recursive=*/false); child; ++child) {
-    if (!AnyParameter(*child, shown)) continue;
+    if (!HasParametersWithVis(*child, level)) continue;
     out << prefix << child->GetName();
     if (!child->GetBrief().empty()) out << " : " << child->GetBrief();
     out << "\n";

@@ -21,8 +21,9 @@ class QXParameter;
 class QXWriter;
 
 /// Lists the parameters up to a visibility, with their briefs, by categories,
-/// below the line of the program. Lines end at `width` columns, unless a name or
-/// a single word is longer.
+/// below the line of the program. Briefs of parameters are broken into lines of
+/// at most `width` columns, unless a name or a single word is longer; the lines of
+/// the program and the categories are not.
 QXSYSTEM_API bool WriteBriefHelpDescription(const QXInterface& interface,
                                             const std::string& program, QXPlatform::qxostream& out,
                                             unsigned level, unsigned width);

@@ -81,11 +81,12 @@ HtmlPage::HtmlPage(qxostream& out, const QXInterface& interface) : out_(out) {
 }
 
 void HtmlPage::WriteHead(const std::string& name, const std::string& version) {
+  const std::string help = name.empty() ? "" : "Help for " + name;
   const std::string of = version.empty() ? "" : " version " + version;
   out_ << "<html>\n<head>\n";
-  if (!name.empty()) out_ << "<title> Help for " << name << of << "</title>\n";
+  if (!name.empty()) out_ << "<title> " << help << of << "</title>\n";
   out_ << "</head>\n<body>\n<a name=\"top_of_file\"></a>\n";
-  out_ << "<font size=\"6\">Help for " << name << of << "</font>\n<hr>\n";
+  out_ << "<font size=\"6\">" << help << of << "</font>\n<hr>\n";
   out_ << "<font size=\"5\"><b><u>Parameter list</u></b></font>"
        << " - Simple parameters are listed in boldface.  "
        << "Defaults are listed in parenthesis.<br>\n";

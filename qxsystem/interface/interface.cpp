@@ -1,39 +1,18 @@
 #include <qxsystem/interface/interface.h>
 
 #include <algorithm>
-#include <cstdlib>
 
+#include <qxsystem/core/endprocess_private.h>
 #include <qxsystem/core/error.h>
-#include <qxsystem/core/sortediter.h>
-#include <qxsystem/core/stliter.h>
 #include <qxsystem/core/vectoriter.h>
 #include <qxsystem/interface/commandline.h>
+#include <qxsystem/interface/commandline_private.h>
 #include <qxsystem/interface/interface_impl_private.h>
 #include <qxsystem/interface/parameter_concrete.h>
 #include <qxsystem/platform/ostream.h>
 
 namespace QXSystem {
 namespace {
-
-template <class T>
-QXIterBase<T>* Sorted(const std::vector<T*>& items) {
-  return new QXSortedIter<T>(new QXVectorPtrIter<T>(&items), SortItfStuff<T>());
-}
-
-template <class T>
-QXIterBase<T>* WalkOwned(std::unique_ptr<std::vector<T*>> items) {
-  return new QXSTLCacheIter<DerefIterGuts<std::vector<T*>>>(items.release());
-}
-
-// Deletes `item` from where it is owned; false if it is not there.
-template <class T>
-bool Delete(std::vector<T*>& owned, T& item) {
-  const auto found = std::find(owned.begin(), owned.end(), &item);
-  if (found == owned.end()) return false;
-  owned.erase(found);
-  delete &item;
-  return true;
-}
 
 bool ConfigureOrReport(QXInterface& interface, const char* text) {
   const bool good = QXConfigure(interface, text);
@@ -43,13 +22,10 @@ bool ConfigureOrReport(QXInterface& interface, const char* text) {
 
 void ConfigureAndParse(QXInterface& interface, const char* text, int argc, char** argv) {
   if (!ConfigureOrReport(interface, text)) return;
-  if (QXCheckHelp(interface, argc, argv, /*exitOnEmpty=*/true, QXPlatform::qxerr)) {
-    QXPlatform::qxout.flush();
-    std::exit(0);
-  }
+  if (QXCheckHelp(interface, argc, argv, /*exitOnEmpty=*/true, QXPlatform::qxerr)) EndAfterAnswer();
   if (!QXParseCommandLine(interface, argc, argv, /*requirements=*/nullptr, QXErrorLevel::Error,
                           /*checkHelp=*/true))
-    std::exit(1);
+    EndProcess(1);
 }
 
 const char* AsChars(const unsigned char* text) {
@@ -131,9 +107,7 @@ QXParameter* QXInterface::AddParameter(const std::string& classid) {
 }
 
 QXParameter* QXInterface::AddParameter(const QXParameter& parameter) {
-  std::unique_ptr<QXParameter> copy(parameter.CreateCopy());
-  impl_->parameters.push_back(copy.get());
-  return copy.release();
+  return AddCopy(impl_->parameters, parameter);
 }
 
 bool QXInterface::DeleteParameter(QXParameter& parameter) {
@@ -180,14 +154,14 @@ QXParameter* QXInterface::GetParameter(const std::string& name) const {
 }
 
 QXIterBase<QXParameter>* QXInterface::GetParameters(bool recursive) const {
-  if (!recursive) return Sorted(impl_->parameters);
-  auto all = std::make_unique<std::vector<QXParameter*>>(impl_->parameters);
+  if (!recursive) return Walk(InOrder(impl_->parameters));
+  std::vector<QXParameter*> all = impl_->parameters;
   impl_->VisitCategories([&all](const QXInterface& category) {
     const std::vector<QXParameter*> own = InOrder(category.impl_->parameters);
-    all->insert(all->end(), own.begin(), own.end());
+    all.insert(all.end(), own.begin(), own.end());
     return false;
   });
-  return WalkOwned(std::move(all));
+  return Walk(std::move(all));
 }
 
 QXInterface* QXInterface::GetInterface(const std::string& name) const {
@@ -200,13 +174,13 @@ QXInterface* QXInterface::GetInterface(const std::string& name) const {
 }
 
 QXIterBase<QXInterface>* QXInterface::GetInterfaces(bool recursive) const {
-  if (!recursive) return Sorted(impl_->interfaces);
-  auto all = std::make_unique<std::vector<QXInterface*>>();
+  if (!recursive) return Walk(InOrder(impl_->interfaces));
+  std::vector<QXInterface*> all;
   impl_->VisitCategories([&all](QXInterface& category) {
-    all->push_back(&category);
+    all.push_back(&category);
     return false;
   });
-  return WalkOwned(std::move(all));
+  return Walk(std::move(all));
 }
 
 QXInterface* QXInterface::Parent() const {

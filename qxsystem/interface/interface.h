@@ -11,7 +11,7 @@
 //     int main(int argc, char** argv) {
 //       QXInterface itf(text, argc, argv);  // ends the process on any fault
 //       std::string in;
-//       QXGetSetting(itf, "-in", in);
+//       QXGetSetting(itf, "-in", in);  // see parameter.h
 //
 // docs/command-line.md describes the text and what users of the program see.
 #pragma once
@@ -19,7 +19,6 @@
 #include <memory>
 #include <string>
 
-#include <qxsystem/core/datatype.h>
 #include <qxsystem/core/export.h>
 #include <qxsystem/core/iter.h>
 #include <qxsystem/interface/factory.h>
@@ -131,8 +130,10 @@ private:
 };
 
 /// Adds to `interface` what a configuration text describes. False after a fault,
-/// which is reported as an Error; what was read before it stays. Categories may
-/// be nested QXMaxNesting deep.
+/// which is reported as an Error; what was read before it stays. Lines of a
+/// parameter that have no effect are reported too, but do not end the reading, nor
+/// does a fault in a category end that of the one around it. Categories lie at most
+/// QXMaxNesting deep in one another, `interface` being the first.
 QXSYSTEM_API bool QXConfigure(QXInterface& interface, const unsigned char* text);
 QXSYSTEM_API bool QXConfigure(QXInterface& interface, const char* text);
 QXSYSTEM_API bool QXConfigure(QXInterface& interface, QXPlatform::qxistream& in);
@@ -149,15 +150,5 @@ QXSYSTEM_API bool QXWriteInterfaceConfigurationFile(const QXInterface& interface
 /// reported at `level`; a key that is not known always as an Error.
 QXSYSTEM_API bool QXHasRequired(const QXInterface& interface, const unsigned char* requirements,
                                 unsigned level);
-
-/// Gives setting `i` of the parameter `name`: its value, else its default. False,
-/// with `out` as it was, when there is none, no such parameter, or it is of
-/// another type than T.
-template <class T>
-bool QXGetSetting(const QXInterface& interface, const std::string& name, T& out, unsigned i = 0) {
-  const QXParameter* parameter = interface.GetParameter(name);
-  return parameter && parameter->TypedParameterTypeID() == QXGetDataType<QXTypedParameter<T>>() &&
-         static_cast<const QXTypedParameter<T>*>(parameter)->GetSetting(out, i);
-}
 
 }  // namespace QXSystem

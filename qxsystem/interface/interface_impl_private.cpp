@@ -20,8 +20,7 @@ QXInterfaceImpl::QXInterfaceImpl(const QXInterfaceImpl& other) : QXInterfaceImpl
   detail = other.detail;
   order_priority = other.order_priority;
   parameters.reserve(other.parameters.size());
-  for (const QXParameter* parameter : other.parameters)
-    parameters.push_back(parameter->CreateCopy());
+  for (const QXParameter* parameter : other.parameters) AddCopy(parameters, *parameter);
   interfaces.reserve(other.interfaces.size());
   for (const QXInterface* child : other.interfaces) interfaces.push_back(new QXInterface(*child));
 }
@@ -42,22 +41,22 @@ void QXInterfaceImpl::Clear() {
 
 // ---- Looking parameters up ----
 
-ParameterIndex::ParameterIndex(const QXInterface& interface) {
-  for (QXIter<QXParameter> p = interface.GetParameters(/*recursive=*/true); p; ++p) {
-    parameters_.emplace(QXStringLower(p->GetName()), &*p);
-    for (QXIter<const std::string> alias = p->GetAliases(); alias; ++alias)
-      parameters_.emplace(QXStringLower(*alias), &*p);
-  }
+std::set<std::string> KeysOf(const QXParameter& parameter) {
+  std::set<std::string> keys = {QXStringLower(parameter.GetName())};
+  for (QXIter<const std::string> alias = parameter.GetAliases(); alias; ++alias)
+    keys.insert(QXStringLower(*alias));
+  return keys;
+}
+
+ParameterIndex::ParameterIndex(QXIter<QXParameter> parameter) {
+  for (; parameter; ++parameter)
+    for (const std::string& key : KeysOf(*parameter)) parameters_.emplace(key, &*parameter);
   parameters_.erase(std::string());
 }
 
-QXParameter* ParameterIndex::Find(const std::string& key) const {
+QXParameter* ParameterIndex::ParameterWithFullname(const std::string& key) const {
   const auto found = parameters_.find(QXStringLower(key));
   return found == parameters_.end() ? nullptr : found->second;
-}
-
-QXParameter* ParameterWithFullname(const QXInterface& interface, const std::string& key) {
-  return ParameterIndex(interface).Find(key);
 }
 
 namespace {
@@ -110,10 +109,9 @@ Texts PrettyDefaults(const QXParameter& parameter) {
   return defaults;
 }
 
-std::size_t FindUnloadable(const QXParameter& parameter, const Texts& texts) {
-  const std::unique_ptr<QXParameter> probe(parameter.CreateCopy());
+std::size_t FindUnloadable(QXParameter& probe, const Texts& texts) {
   const auto bad = std::find_if(texts.begin(), texts.end(), [&probe](const std::string& text) {
-    return !probe->SetStringValue(text) || !probe->LoadValue();
+    return !probe.SetStringValue(text) || !probe.LoadValue();
   });
   return static_cast<std::size_t>(bad - texts.begin());
 }
@@ -121,8 +119,30 @@ std::size_t FindUnloadable(const QXParameter& parameter, const Texts& texts) {
 std::size_t LoadAdded(QXParameter& parameter, const Texts& texts) {
   if (parameter.Load()) return texts.size();
   if (!parameter.LoadDefault()) return 0;
-  const std::size_t good = FindUnloadable(parameter, texts);
+  const std::unique_ptr<QXParameter> probe(parameter.CreateCopy());
+  const std::size_t good = FindUnloadable(*probe, texts);
   return good < texts.size() ? good : 0;  // if all are: it was a value from before
+}
+
+std::vector<Fault> AssignTexts(QXParameter& parameter, const Texts& texts, bool replace) {
+  std::vector<Fault> faults;
+  Texts added;
+  for (const std::string& text : texts) {
+    const bool first = replace && faults.empty();
+    const bool good = parameter.IsLegalString(text) &&
+                      (first ? parameter.SetStringValue(text) : parameter.AddStringValue(text));
+    faults.push_back(good ? Fault::None : Fault::NotLegal);
+    if (good) added.push_back(text);
+  }
+  std::size_t loaded = added.empty() ? 0 : LoadAdded(parameter, added);
+  for (Fault& fault : faults) {
+    if (fault == Fault::NotLegal) continue;
+    if (loaded == 0)
+      fault = Fault::NotLoaded;
+    else
+      --loaded;
+  }
+  return faults;
 }
 
 std::string LegalList(const QXParameter& parameter, bool pretty) {

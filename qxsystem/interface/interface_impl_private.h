@@ -4,14 +4,18 @@
 #include <algorithm>
 #include <cstddef>
 #include <deque>
+#include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include <qxsystem/core/iter.h>
 #include <qxsystem/core/predicate.h>
+#include <qxsystem/core/stliter.h>
 #include <qxsystem/interface/interface.h>
 #include <qxsystem/interface/parameter.h>
 #include <qxsystem/platform/istream.h>
@@ -52,6 +56,30 @@ std::vector<T*> InOrder(std::vector<T*> items) {
 
 // ---- The tree ----
 
+/// A cursor of its own over items that others own.
+template <class T>
+QXIterBase<T>* Walk(std::vector<T*> items) {
+  return new QXSTLCacheIter<DerefIterGuts<std::vector<T*>>>(new std::vector<T*>(std::move(items)));
+}
+
+/// Adds a copy to where it is owned from then on.
+template <class T>
+T* AddCopy(std::vector<T*>& owned, const T& item) {
+  std::unique_ptr<T> copy(item.CreateCopy());
+  owned.push_back(copy.get());
+  return copy.release();
+}
+
+/// Deletes `item` from where it is owned; false if it is not there.
+template <class T>
+bool Delete(std::vector<T*>& owned, T& item) {
+  const auto found = std::find(owned.begin(), owned.end(), &item);
+  if (found == owned.end()) return false;
+  owned.erase(found);
+  delete &item;
+  return true;
+}
+
 class QXInterfaceImpl {
 public:
   QXInterfaceImpl();
@@ -83,26 +111,30 @@ public:
 
 // ---- Looking parameters up ----
 
-/// The parameters of a tree by name and alias, in any case of letters. Names
-/// that change afterwards are not seen.
+/// The names under which a parameter is found, in lower case.
+std::set<std::string> KeysOf(const QXParameter& parameter);
+
+/// The parameters of a tree, an interface or options, by name and alias, in any
+/// case of letters. Names that change afterwards are not seen.
 class ParameterIndex {
 public:
-  explicit ParameterIndex(const QXInterface& interface);
+  template <class Tree>
+  explicit ParameterIndex(const Tree& tree)
+      : ParameterIndex(QXIter<QXParameter>(tree.GetParameters(/*recursive=*/true))) {}
 
   /// The first of `GetParameters(true)` that has this key, else null. Nothing
   /// has the empty key.
-  QXParameter* Find(const std::string& key) const;
+  QXParameter* ParameterWithFullname(const std::string& key) const;
 
   /// Tells at Verbose level which key is nearest to one that is not known, if
   /// that level is shown and some key is near.
   void Suggest(const std::string& key) const;
 
 private:
+  explicit ParameterIndex(QXIter<QXParameter> parameter);
+
   std::unordered_map<std::string, QXParameter*> parameters_;  // by key in lower case
 };
-
-/// The same for one question.
-QXParameter* ParameterWithFullname(const QXInterface& interface, const std::string& key);
 
 inline bool IsHidden(const QXParameter& parameter) {
   return parameter.GetVisibility() >= QXVisibility::Hidden;
@@ -126,9 +158,9 @@ Texts Collect(QXIter<const std::string> text);
 /// The defaults as people read them.
 Texts PrettyDefaults(const QXParameter& parameter);
 
-/// The place of the first of some texts that `parameter` takes but cannot load;
-/// their number, if there is none.
-std::size_t FindUnloadable(const QXParameter& parameter, const Texts& texts);
+/// The place of the first of some texts that cannot be loaded; their number, if
+/// there is none. They are tried on `probe`, a copy of the parameter.
+std::size_t FindUnloadable(QXParameter& probe, const Texts& texts);
 
 /// Loads a parameter to which `texts` were just added, and returns for how many
 /// of them that would have succeeded, had each been loaded when it was added.
@@ -136,6 +168,13 @@ std::size_t FindUnloadable(const QXParameter& parameter, const Texts& texts);
 /// Every load begins with the first value: one for each text would take quadratic
 /// time.
 std::size_t LoadAdded(QXParameter& parameter, const Texts& texts);
+
+enum class Fault { None, NotLegal, NotLoaded };
+
+/// Adds to the values of a parameter those of `texts` that are legal, loads it, and
+/// tells for each text what was wrong with it. With `replace`, the first takes the
+/// place of the values there were.
+std::vector<Fault> AssignTexts(QXParameter& parameter, const Texts& texts, bool replace);
 
 /// QXParseParameterFile, for a tree that was indexed before.
 bool ParseParameterFile(const ParameterIndex& parameters, QXPlatform::qxistream& in, bool overwrite,

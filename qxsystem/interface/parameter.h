@@ -61,10 +61,9 @@ public:
   /// here: not every kind of parameter takes such a list.
   virtual bool SetStringValues(const std::string& list);
 
-  /// Extend the lists that say what is legal. Where something stands on no
-  /// list of its kind, illegal beats legal, and no legal entry at all means
-  /// that everything else is legal. False for text that cannot be converted; a
-  /// bad bound of a legal range only shows when legality is asked.
+  /// Extend the lists that say what is legal. Illegal beats legal, and without
+  /// any legal entry everything else is legal. False for text that cannot be
+  /// converted; a bad bound of a legal range only shows when legality is asked.
   virtual bool AddLegalValue(const std::string& text);
   virtual bool AddIllegalValue(const std::string& text);
   virtual bool AddLegalRange(const std::string& low, const std::string& high);
@@ -300,6 +299,16 @@ protected:
   QXPODParameter(const QXPODParameter&);
   QXPODParameter& operator=(const QXPODParameter&);
 };
+
+/// Gives setting `i` of the parameter `name` of a QXInterface or of QXOptions: its
+/// value, else its default. False, with `out` as it was, when there is none, no
+/// such parameter, or it is of another type than T.
+template <class T, class Tree>
+bool QXGetSetting(const Tree& tree, const std::string& name, T& out, unsigned i = 0) {
+  const QXParameter* parameter = tree.GetParameter(name);
+  return parameter && parameter->TypedParameterTypeID() == QXGetDataType<QXTypedParameter<T>>() &&
+         static_cast<const QXTypedParameter<T>*>(parameter)->GetSetting(out, i);
+}
 
 extern template class QXTypedParameter<bool>;
 extern template class QXTypedParameter<unsigned int>;

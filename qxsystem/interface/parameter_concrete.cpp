@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <unordered_set>
 
 #include <qxsystem/core/error.h>
 #include <qxsystem/core/stliter.h>
@@ -17,13 +16,12 @@ using QXPlatform::qxisstream;
 
 namespace {
 
-// All of a file; false when there is nothing to be read. `size` is what the file
-// itself tells, -1 when it does not.
-bool ReadWholeFile(const std::string& name, std::string& bytes, long& size) {
-  QXPlatform::qxifstream in(name);
-  if (!in) return false;
-  size = in.size();
-  return in.read(bytes) > 0;
+// All of an open file; false when there is nothing to be read. What tells no size, such
+// as a pipe, may go on for ever, as some devices do: there is a limit to patience.
+bool ReadWholeFile(QXPlatform::qxifstream& in, std::string& bytes) {
+  constexpr std::size_t most = std::size_t{1} << 28;
+  if (in.size() >= 0) return in.read(bytes) > 0;
+  return in.read(bytes, most + 1) > 0 && bytes.size() <= most;
 }
 
 }  // namespace
@@ -115,10 +113,12 @@ bool QXStringExtParameter::IsLegal(const std::string& text) const {
 }
 
 bool QXStringExtParameter::GetTypedValue(std::string& out, const std::string& text) const {
-  long size;
-  if (!QXStringParameter::IsLegal(text)) return ReadWholeFile(text, out, size);
-  out = text;
-  return true;
+  if (QXStringParameter::IsLegal(text)) {
+    out = text;
+    return true;
+  }
+  QXPlatform::qxifstream in(text);
+  return in && ReadWholeFile(in, out);
 }
 
 // ---- Numbers with names ----
@@ -136,8 +136,19 @@ std::string QXConstParameter::StaticClassID() {
 bool QXConstParameter::AddLegalEntry(unsigned value, const std::string& key) {
   if (!QXUIntParameter::AddLegalValue(std::to_string(value))) return false;
   const std::string lower = QXStringLower(key);
-  keys_[lower] = value;
+  NameNumber(lower, value);
   return AddLegalValue(lower);
+}
+
+void QXConstParameter::NameNumber(const std::string& key, unsigned number) {
+  const auto [entry, isNew] = keys_.emplace(key, number);
+  if (!isNew && entry->second != number) {
+    entry->second = number;
+    named_.clear();  // the old number may have lost its only name
+    for (const auto& [name, value] : keys_) named_.insert(value);
+    nameless_ = 0;
+  }
+  named_.insert(number);
 }
 
 bool QXConstParameter::AddLegalValue(const std::string& text) {
@@ -145,11 +156,9 @@ bool QXConstParameter::AddLegalValue(const std::string& text) {
   const std::string key = QXStringLower(text);
   if (QXStringToNumber(text, number) || keys_.count(key))
     return QXUIntParameter::AddLegalValue(text);
-  std::unordered_set<unsigned> named;
-  for (const auto& entry : keys_) named.insert(entry.second);
-  for (const std::string& legal : LegalValues()) {
-    if (!QXStringToNumber(legal, number) || named.count(number)) continue;
-    keys_[key] = number;
+  for (; nameless_ < LegalValues().size(); ++nameless_) {
+    if (!QXStringToNumber(LegalValues()[nameless_], number) || named_.count(number)) continue;
+    NameNumber(key, number);
     return QXUIntParameter::AddLegalValue(text);
   }
   return false;
@@ -243,7 +252,10 @@ bool QXBitParameter::SetDefault(const unsigned int& value) {
 }
 
 bool QXBitParameter::Allow(unsigned value) {
-  return IsValidMask(value) && AddLegalValue(std::to_string(value));
+  if (!IsValidMask(value)) return false;
+  const std::string text = std::to_string(value);
+  QXBitParameter probe(*this);  // what is illegal stays so, and must leave no trace
+  return probe.AddLegalValue(text) && probe.IsLegal(value) && AddLegalValue(text);
 }
 
 bool QXBitParameter::GetMask(const std::string& text, unsigned& out) const {
@@ -309,9 +321,10 @@ QXIterBase<const qxisstream>* QXFileParameter::GetDefaults() const {
 }
 
 bool QXFileParameter::GetTypedValue(qxisstream& out, const std::string& name) const {
+  QXPlatform::qxifstream in(name);
+  const long size = in ? in.size() : 0;
   std::string bytes;
-  long size;
-  if (!ReadWholeFile(name, bytes, size) || size == 0) return false;
+  if (size == 0 || !ReadWholeFile(in, bytes)) return false;
   return (size < 0 || bytes.size() >= static_cast<std::size_t>(size)) && out.set(bytes);
 }
 bool QXFileParameter::GetString(std::string&, const qxisstream&) const {

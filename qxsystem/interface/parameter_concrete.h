@@ -3,6 +3,7 @@
 
 #include <map>
 #include <string>
+#include <unordered_set>
 
 #include <qxsystem/core/export.h>
 #include <qxsystem/interface/parameter.h>
@@ -142,7 +143,11 @@ protected:
   const std::map<std::string, unsigned>& Keys() const { return keys_; }
 
 private:
+  void NameNumber(const std::string& key, unsigned number);
+
   std::map<std::string, unsigned> keys_;  // by name in lower case
+  std::unordered_set<unsigned> named_;    // the numbers in keys_
+  std::size_t nameless_ = 0;              // no legal value before it is a number without a name
 };
 
 /// Flags that have names: names joined by commas, or a number that has at
@@ -194,7 +199,8 @@ public:
 };
 
 /// A file, whose content at the time of loading is the value. An empty file is
-/// no value. There is no way back from a value to a text.
+/// no value, and neither is one of unknown size, such as a pipe, that has more
+/// than 256 MiB. There is no way back from a value to a text.
 class QXSYSTEM_API QXFileParameter
     : public QXNamedParameter<QXFileParameter, QXTypedParameter<QXPlatform::qxisstream>> {
 public:

@@ -76,7 +76,7 @@ bool Requirements::ReadOption(const Line& line, bool& holds) const {
     const std::string key(item.substr(negated ? 1 : 0));
     std::string_view value = item = TakeWord(rest);
     if (key[0] != '-') continue;  // means nothing
-    const QXParameter* parameter = parameters_.Find(key);
+    const QXParameter* parameter = parameters_.ParameterWithFullname(key);
     if (!parameter) {
       parameters_.Suggest(key);
       QXThrow.Error("HasRequired.  Unknown key %s in !OPTION\n line : %s", key.c_str(),

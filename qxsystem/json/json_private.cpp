@@ -1,6 +1,7 @@
 #include <qxsystem/json/json_private.h>
 
-#include <algorithm>
+#include <emmintrin.h>
+
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -12,6 +13,7 @@
 #include <rapidjson/reader.h>
 
 #include <qxsystem/core/error.h>
+#include <qxsystem/util/digits_private.h>
 #include <qxsystem/util/qxnumber.h>
 
 namespace QXSystem {
@@ -21,18 +23,24 @@ using rapidjson::ParseErrorCode;
 using rapidjson::SizeType;
 
 // Iterative, so that no nesting uses up the stack.
-constexpr unsigned parseFlags = rapidjson::kParseFullPrecisionFlag |
+constexpr unsigned parseFlags = rapidjson::kParseInsituFlag | rapidjson::kParseFullPrecisionFlag |
                                 rapidjson::kParseNanAndInfFlag | rapidjson::kParseIterativeFlag;
+
+// A text in memory that is parsed where it stands: strings are unescaped over
+// themselves. Behind its end is a zero byte.
+struct TextStream : rapidjson::InsituStringStream {
+  TextStream(char* text, std::size_t size)
+      : rapidjson::InsituStringStream(text), end(text + size) {}
+
+  const char* end;
+};
 
 // Hands the parser's events on to a document, as long as they do not nest too
 // deep.
 class Builder {
 public:
-  Builder(rapidjson::Document& document, const char* end, std::size_t depth)
-      : document_(document), end_(end), levels_(depth) {}
+  Builder(rapidjson::Document& document, std::size_t depth) : document_(document), levels_(depth) {}
 
-  // Where the text ends: there is a zero byte.
-  const char* End() const { return end_; }
   bool TooDeep() const { return tooDeep_; }
 
   bool Null() { return document_.Null(); }
@@ -68,7 +76,6 @@ private:
   }
 
   rapidjson::Document& document_;
-  const char* const end_;
   std::size_t levels_;  // still free
   bool tooDeep_ = false;
 };
@@ -79,23 +86,43 @@ bool IsDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
-// Steps over digits and appends them to `value`, modulo 2^64.
-const char* TakeDigits(const char* p, const char* end, std::uint64_t& value) {
-  // Eight at a time: the bytes are added up as pairs, the pairs as fours, and
-  // the fours as eights, each in its own part of the word.
-  for (std::uint64_t block; end - p >= 8; p += 8) {
-    std::memcpy(&block, p, 8);
-    const std::uint64_t high = 0xF0F0F0F0F0F0F0F0;
-    if ((block & high) != 0x3030303030303030) break;
-    if (((block + 0x0606060606060606) & high) != 0x3030303030303030) break;
-    block -= 0x3030303030303030;
-    block = (block * 10 + (block >> 8)) & 0x00FF00FF00FF00FF;
-    block = (block * 100 + (block >> 16)) & 0x0000FFFF0000FFFF;
-    block = (block * 10000 + (block >> 32)) & 0x00000000FFFFFFFF;
-    value = value * 100000000 + block;
-  }
+// Steps over digits and appends them to `value`, modulo 2^64: for the few of an
+// integer.
+inline const char* TakeInteger(const char* p, std::uint64_t& value) {
   for (; IsDigit(*p); ++p) value = value * 10 + static_cast<unsigned>(*p - '0');
   return p;
+}
+
+// The same for the many of a fraction: eight characters at a time, of which the
+// first is the lowest byte.
+inline const char* TakeFraction(const char* p, const char* end, std::uint64_t& value) {
+  constexpr std::uint64_t zeros = 0x3030303030303030, sixes = 0x0606060606060606,
+                          high = 0xF0F0F0F0F0F0F0F0;
+  // The digits of a block are added up as pairs, as fours and as eight.
+  const auto sum = [](std::uint64_t digits) {
+    digits = (digits * 10 + (digits >> 8)) & 0x00FF00FF00FF00FF;
+    digits = (digits * 100 + (digits >> 16)) & 0x0000FFFF0000FFFF;
+    return (digits * 10000 + (digits >> 32)) & 0x00000000FFFFFFFF;
+  };
+  while (end - p >= 8) {
+    std::uint64_t block;
+    std::memcpy(&block, p, 8);
+    // The lowest byte with a bit left is no digit; those above may be wrong.
+    const std::uint64_t others = ((block ^ zeros) | ((block + sixes) ^ zeros)) & high;
+    block -= zeros;
+    if (others == 0) {
+      value = value * 100000000 + sum(block);
+      p += 8;
+      continue;
+    }
+    // No branch on how many digits are left, which cannot be predicted. They
+    // move up to the high end, and zeros in front of them do no harm.
+    const int bits = __builtin_ctzl(others) & ~7;
+    if (bits == 0) return p;
+    value = value * powersOfTen[static_cast<std::size_t>(bits / 8)] + sum(block << (64 - bits));
+    return p + bits / 8;
+  }
+  return TakeInteger(p, value);
 }
 
 constexpr auto powersOfFive = [] {
@@ -111,26 +138,30 @@ constexpr auto powersOfFive = [] {
 // `digits` / 10^`decimals`, correctly rounded: the quotient by the power of five
 // to 63 or 64 bits, of which the last also tells whether a rest remains, and
 // then one rounding. The result is 0 or well within the normal doubles.
-double Decimal(std::uint64_t digits, std::size_t decimals) {
-  __extension__ using Wide = unsigned __int128;
-  if (digits == 0) return 0;
-  const std::uint64_t five = powersOfFive[decimals];
-  const int up = __builtin_clzl(digits), fiveUp = __builtin_clzl(five);
-  // Both fractions of 64 bits with the first one set; half the upper one is
-  // less than the lower, so that the quotient fits.
-  const Wide numerator = static_cast<Wide>(digits << up) << 63;
-  const std::uint64_t denominator = five << fiveUp;
-  auto quotient = static_cast<std::uint64_t>(numerator / denominator);
-  quotient |= numerator - static_cast<Wide>(quotient) * denominator != 0;
+inline double Decimal(bool negative, std::uint64_t digits, std::size_t decimals) {
+  std::uint64_t bits = 0;
+  if (digits != 0) {
+    const std::uint64_t five = powersOfFive[decimals];
+    const int up = __builtin_clzl(digits), fiveUp = __builtin_clzl(five);
+    // The highest bits of both are set, so half the one is less than the other and
+    // the quotient fits 64 bits.
+    const std::uint64_t numerator = digits << up, denominator = five << fiveUp;
+    __extension__ using Wide = unsigned __int128;
+    const Wide wide = static_cast<Wide>(numerator) << 63;
+    auto quotient = static_cast<std::uint64_t>(wide / denominator);
+    const std::uint64_t rest = static_cast<std::uint64_t>(wide) - quotient * denominator;
+    quotient |= rest != 0;
 
-  const int spare = __builtin_clzl(quotient);
-  quotient <<= spare;
-  std::uint64_t bits = quotient >> 11;
-  const std::uint64_t cut = quotient & 0x7FF, half = 0x400;
-  bits += cut > half || (cut == half && bits % 2 == 1);
-  // Rounding up to 2^53 carries into the exponent, as it should.
-  const int exponent = 11 - 63 - up + fiveUp - static_cast<int>(decimals) - spare;
-  bits += static_cast<std::uint64_t>(exponent + 1074) << 52;
+    const int spare = __builtin_clzl(quotient);
+    quotient <<= spare;
+    bits = quotient >> 11;
+    const std::uint64_t cut = quotient & 0x7FF, half = 0x400;
+    bits += cut > half || (cut == half && bits % 2 == 1);
+    // Rounding up to 2^53 carries into the exponent, as it should.
+    const int exponent = 11 - 63 - up + fiveUp - static_cast<int>(decimals) - spare;
+    bits += static_cast<std::uint64_t>(exponent + 1074) << 52;
+  }
+  bits |= std::uint64_t{negative} << 63;
   double result;
   std::memcpy(&result, &bits, sizeof result);
   return result;
@@ -179,7 +210,7 @@ bool PassInteger(std::uint64_t magnitude, bool negative, Builder& builder) {
 // RapidJSON has a function for this, but under the flag for full precision it
 // reads beyond its table of powers of ten for numbers such as 0.000...1 with
 // hundreds of zeros. This one is quicker, too.
-ParseErrorCode ReadNumber(const char*& p, Builder& builder) {
+ParseErrorCode ReadNumber(const char*& p, const char* end, Builder& builder) {
   const char* const begin = p;
   const bool negative = *p == '-';
   p += negative;
@@ -191,7 +222,7 @@ ParseErrorCode ReadNumber(const char*& p, Builder& builder) {
   if (*p == '0')
     counted = ++p;
   else
-    p = TakeDigits(p, builder.End(), digits);
+    p = TakeInteger(p, digits);
   auto count = static_cast<std::size_t>(p - counted);
   std::size_t decimals = 0;
   if (*p == '.') {
@@ -200,7 +231,7 @@ ParseErrorCode ReadNumber(const char*& p, Builder& builder) {
     if (count == 0)
       while (*p == '0') ++p;
     counted = p;
-    p = TakeDigits(p, builder.End(), digits);
+    p = TakeFraction(p, end, digits);
     count += static_cast<std::size_t>(p - counted);
     decimals = static_cast<std::size_t>(p - fraction);
   }
@@ -219,8 +250,7 @@ ParseErrorCode ReadNumber(const char*& p, Builder& builder) {
   }
   double value;
   if (exact && !hasExponent && decimals < powersOfFive.size()) {
-    value = Decimal(digits, decimals);
-    if (negative) value = -value;
+    value = Decimal(negative, digits, decimals);
   } else if (std::from_chars(begin, p, value).ec != std::errc()) {
     QXStringToNumber(std::string(begin, p), value);  // out of range, up or down
   }
@@ -232,19 +262,51 @@ ParseErrorCode ReadNumber(const char*& p, Builder& builder) {
   return rapidjson::kParseErrorNone;
 }
 
+// --- strings
+
+// Of the characters at `p` that stand for themselves in a string, at least all
+// up to the last 15 in front of `end`.
+std::size_t CountPlain(const char* p, const char* end) {
+  const char* const begin = p;
+  for (; end - p >= 16; p += 16) {
+    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    const __m128i quotes = _mm_cmpeq_epi8(block, _mm_set1_epi8('"'));
+    const __m128i escapes = _mm_cmpeq_epi8(block, _mm_set1_epi8('\\'));
+    const __m128i controls = _mm_cmpeq_epi8(block, _mm_min_epu8(block, _mm_set1_epi8(0x1F)));
+    const auto others = static_cast<unsigned>(
+        _mm_movemask_epi8(_mm_or_si128(_mm_or_si128(quotes, escapes), controls)));
+    if (others != 0) return static_cast<std::size_t>(p - begin + __builtin_ctz(others));
+  }
+  return static_cast<std::size_t>(p - begin);
+}
+
 }  // namespace
 }  // namespace QXSystem
 
+// The parser's functions for numbers and for the plain parts of strings.
 namespace rapidjson {
 
 template <>
+struct StreamTraits<QXSystem::TextStream> : StreamTraits<InsituStringStream> {};
+
 template <>
-inline void Reader::ParseNumber<QXSystem::parseFlags, InsituStringStream, QXSystem::Builder>(
-    InsituStringStream& is, QXSystem::Builder& builder) {
-  const char* p = is.src_;
-  const ParseErrorCode error = QXSystem::ReadNumber(p, builder);
-  is.src_ += p - is.src_;
-  if (error != kParseErrorNone) SetParseError(error, is.Tell());
+template <>
+inline void Reader::ParseNumber<QXSystem::parseFlags, QXSystem::TextStream, QXSystem::Builder>(
+    QXSystem::TextStream& text, QXSystem::Builder& builder) {
+  const char* p = text.src_;
+  const ParseErrorCode error = QXSystem::ReadNumber(p, text.end, builder);
+  text.src_ += p - text.src_;
+  if (error != kParseErrorNone) SetParseError(error, text.Tell());
+}
+
+template <>
+template <>
+inline void Reader::ScanCopyUnescapedString<QXSystem::TextStream, QXSystem::TextStream>(
+    QXSystem::TextStream& text, QXSystem::TextStream&) {
+  const std::size_t plain = QXSystem::CountPlain(text.src_, text.end);
+  if (text.dst_ != text.src_) std::memmove(text.dst_, text.src_, plain);
+  text.src_ += plain;
+  text.dst_ += plain;
 }
 
 }  // namespace rapidjson
@@ -258,10 +320,10 @@ bool ParseInPlace(rapidjson::Document& document, char* text, std::size_t size, s
     QXThrow.Warning("JSON: text of 2 GiB or more is refused");
     return false;
   }
-  Builder builder(document, text + size, depth);
+  Builder builder(document, depth);
   rapidjson::ParseResult result;
   const auto generate = [&](rapidjson::Document&) {
-    rapidjson::InsituStringStream stream(text);
+    TextStream stream(text, size);
     result = rapidjson::Reader().Parse<parseFlags>(stream, builder);
     // The parser takes a zero byte for the end of the text.
     if (!result.IsError() && stream.Tell() != size)
@@ -284,36 +346,6 @@ bool ParseObjectInPlace(rapidjson::Document& document, char* text, std::size_t s
   QXThrow.Warning("JSON: Top level document must be an object");
   document.SetNull();
   return false;
-}
-
-std::string JSONText(const rapidjson::Value& value) {
-  JSONOutput output;
-  value.Accept(output.GetWriter());
-  return output.GetText();
-}
-
-bool IsJSONText(const Writer& writer, const std::string& text, std::size_t levels) {
-  if (text.empty()) return false;
-  // How many arrays and objects are open is known to the writer alone.
-  struct Levels : Writer {
-    static std::size_t Of(const Writer& w) {
-      return (w.*&Levels::level_stack_).GetSize() / sizeof(Level);
-    }
-  };
-  const std::size_t open = std::min<std::size_t>(Levels::Of(writer) + levels, QXMaxJSONNesting);
-  std::string copy = text;
-  rapidjson::Document ignored;
-  return ParseInPlace(ignored, copy.data(), copy.size(), QXMaxJSONNesting - open);
-}
-
-void WriteText(Writer& writer, std::string_view text) {
-  // Room is made for six bytes a character, counted in 32 bits.
-  constexpr std::size_t longest = 700'000'000;
-  if (text.size() > longest) {
-    QXThrow.Warning("JSON: text of %zu bytes is too long, written as an empty one", text.size());
-    text = {};
-  }
-  writer.String(text.empty() ? "" : text.data(), static_cast<SizeType>(text.size()));
 }
 
 }  // namespace QXSystem

@@ -1,6 +1,7 @@
 #include <qxsystem/json/jsonhandler.h>
 
 #include <cstring>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -31,6 +32,11 @@ QXJSONHandlerBase* QXJSONHandlerRegistry::GetByType(const std::string& jsonType)
   return QXHasTag(jsonType) ? Find(byName_, QXGetTag(jsonType)) : nullptr;
 }
 
+// A literal would be taken for an identity without this one.
+QXJSONHandlerBase* QXJSONHandlerRegistry::GetByType(const char* jsonType) const {
+  return GetByType(std::string(jsonType ? jsonType : ""));
+}
+
 QXJSONHandlerBase* QXJSONHandlerRegistry::GetByType(const void* dataType) const {
   return Find(byType_, dataType);
 }
@@ -50,6 +56,10 @@ bool QXRegisterJSONHandler(QXJSONHandlerBase* handler) {
 }
 
 QXJSONHandlerBase* QXGetJSONHandlerByType(const std::string& jsonType) {
+  return QXGetJSONHandlerRegistry().GetByType(jsonType);
+}
+
+QXJSONHandlerBase* QXGetJSONHandlerByType(const char* jsonType) {
   return QXGetJSONHandlerRegistry().GetByType(jsonType);
 }
 
@@ -132,6 +142,7 @@ bool JSONParseHelper(rapidjson::Document& document, const char* text) {
 bool JSONParseHelper(rapidjson::Document& document, const std::string& text) {
   // The document's memory, so that it lives as long.
   auto* copy = static_cast<char*>(document.GetAllocator().Malloc(text.size() + 1));
+  if (!copy) throw std::bad_alloc();
   std::memcpy(copy, text.c_str(), text.size() + 1);
   return ParseObjectInPlace(document, copy, text.size());
 }

@@ -71,8 +71,10 @@ public:
   void AddHandler(QXJSONHandlerBase* handler);
 
   /// The handler for a type name, for a type of single values, for a type of
-  /// lists; null if there is none. A name that is asked for is not interned.
+  /// lists; null if there is none. A name that is asked for is not interned; a null
+  /// one is empty.
   QXJSONHandlerBase* GetByType(const std::string& jsonType) const;
+  QXJSONHandlerBase* GetByType(const char* jsonType) const;
   QXJSONHandlerBase* GetByType(const void* dataType) const;
   QXJSONHandlerBase* GetByVType(const void* dataType) const;
 
@@ -89,6 +91,7 @@ QXSYSTEM_API bool QXRegisterJSONHandler(QXJSONHandlerBase* handler);
 
 /// The lookups of the registry.
 QXSYSTEM_API QXJSONHandlerBase* QXGetJSONHandlerByType(const std::string& jsonType);
+QXSYSTEM_API QXJSONHandlerBase* QXGetJSONHandlerByType(const char* jsonType);
 QXSYSTEM_API QXJSONHandlerBase* QXGetJSONHandlerByType(const void* dataType);
 QXSYSTEM_API QXJSONHandlerBase* QXGetJSONVHandlerByType(const void* dataType);
 

@@ -3,7 +3,8 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <cstdint>
+
+#include <qxsystem/numerics/elementary_private.h>
 
 namespace QXMath {
 namespace {
@@ -50,51 +51,10 @@ double Evaluate(const Polynomial<N>& polynomial, double x) {
   }
 }
 
-constexpr int Steps = 128;  // of a power of two, tabulated
-
-// 2^(i / Steps), rounded from the longer format.
-constexpr std::array<double, Steps> MakePowers() {
-  constexpr long double Step = 1.0054299011128028213513839559L;  // 2^(1 / 128)
-  std::array<double, Steps> powers{};
-  long double power = 1;
-  for (double& entry : powers) {
-    entry = static_cast<double>(power);
-    power *= Step;
-  }
-  return powers;
-}
-constexpr std::array<double, Steps> Powers = MakePowers();
-
-// 2^exponent, of a normal number
-double PowerOfTwo(std::int64_t exponent) {
-  return __builtin_bit_cast(double, (exponent + 1023) << 52);
-}
-
-// exp(-x^2) factor, for 0.5 <= x < 28, correct where it is subnormal too. The C
-// library's exp rounds differently on processors that fuse multiply and add.
+// exp(-x^2) factor, for 0.5 <= x < 28
 double TimesExpOfMinusSquare(double x, double factor) {
-  // x^2 = high + low exactly, from halves of x that have exact squares.
-  const double top =
-      __builtin_bit_cast(double, __builtin_bit_cast(std::uint64_t, x) & ~0x7FFFFFFul);
-  const double rest = x - top;
-  const double high = x * x;
-  const double low = ((top * top - high) + 2 * top * rest) + rest * rest;
-
-  // exp(-x^2) = 2^(steps / 128) exp(r), |r| < 0.0028; ln 2 / 128 in two parts,
-  // of which the first has an exact product.
-  constexpr double RoundingShift = 0x1.8p52;
-  const double shifted = high * (-Steps / 0.69314718055994530942) + RoundingShift;
-  const double steps = shifted - RoundingShift;
-  constexpr double LnStepHigh = 0x1.62e42feep-8, LnStepLow = 0x1.a39ef35793c76p-40;
-  const double r = (-high - steps * LnStepHigh) - steps * LnStepLow - low;
-  const double series = r + r * r * (1 / 2. + r * (1 / 6. + r * (1 / 24. + r * (1 / 120.))));
-
-  const std::int64_t count = static_cast<std::int64_t>(steps);
-  const double power = Powers[static_cast<std::size_t>(count & (Steps - 1))];
-  const std::int64_t exponent = count >> 7;
-  // In two, because 2^exponent alone may be no normal number.
-  return (power + power * series) * factor * PowerOfTwo(exponent / 2) *
-         PowerOfTwo(exponent - exponent / 2);
+  const TwoParts square = Multiply(x, x);
+  return TimesExp({-square.high, -square.low}, factor);
 }
 
 }  // namespace

@@ -130,7 +130,8 @@ bool FormatPlain(PlainText& out, const char* format, std::va_list args) {
 }
 
 // A text that does not fit into `firstSize`: the room is doubled until it does.
-// A negative length is an error, which more room does not mend.
+// A negative length is an error, which more room does not mend: what is told is what
+// the last attempt would end with.
 [[gnu::format(printf, 1, 0)]] std::string MakeLongText(const char* format, std::va_list args) {
   std::string text;
   unsigned long size = firstSize;
@@ -145,7 +146,7 @@ bool FormatPlain(PlainText& out, const char* format, std::va_list args) {
         return text;
       }
     } while (length >= 0 && size < maxSize);
-    QXThrow.Warning("Unable to resize string memory: %lu (%lu)", size, maxSize);
+    QXThrow.Warning("Unable to resize string memory: %lu (%lu)", maxSize, maxSize);
   } catch (const std::bad_alloc&) {
     QXThrow.Warning("Unable to allocate string memory (%lu)", size);
   } catch (const std::length_error&) {

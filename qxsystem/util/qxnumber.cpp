@@ -199,7 +199,7 @@ constexpr int defaultPrecision = 6;
 
 // Where zeros at the end may belong to the exponent, as in 0x1.8p10.
 bool IsHexadecimal(const std::string& text) {
-  const auto number = std::min(text.find_first_not_of(" \t+-"), text.size());
+  const auto number = std::min(text.find_first_not_of(" \t\n\v\f\r+-"), text.size());
   return text.compare(number, 2, "0x") == 0 || text.compare(number, 2, "0X") == 0;
 }
 

@@ -67,8 +67,8 @@ bool QXNumberToString(T value, std::string& out, int base = 10) = delete;
 /// The text of a number without the trailing zeros of its fraction, of which
 /// one digit stays: "1.0" for "1.000" and "2.5E-03" for "2.500E-03".
 ///
-/// The value never changes. What is no decimal number with a point comes back
-/// as it is, a hexadecimal one too.
+/// The value never changes: exponents of every form stay, and a hexadecimal
+/// number or a text without a decimal fraction comes back as it is.
 QXSYSTEM_API std::string QXTrimToSigFigs(const std::string& text);
 
 /// The value at `x` of the line through (x0, y0) and (x1, y1); the caller sees

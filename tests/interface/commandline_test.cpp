@@ -3,9 +3,7 @@
 #include <stdlib.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdlib>
-#include <fstream>
 
 #include <gtest/gtest.h>
 
@@ -18,63 +16,44 @@
 #include "platform/temp_dir.h"
 
 using namespace QXSystem;
-using QXPlatform::qxosstream;
-using QXPlatform::qxout;
 
 namespace {
 
-// argc and argv of a program.
-class Arguments {
-public:
-  Arguments(Texts words, const std::string& program = "prog") : words_(std::move(words)) {
-    words_.insert(words_.begin(), program);
-    for (std::string& word : words_) argv_.push_back(word.data());
-    argv_.push_back(nullptr);
-  }
-  int argc() const { return static_cast<int>(words_.size()); }
-  char** argv() { return argv_.data(); }
+constexpr unsigned Level = QXErrorLevel::Warning;  // of the parsers' messages
 
-private:
-  Texts words_;
-  std::vector<char*> argv_;
+// argc and argv of a program.
+struct Arguments {
+  explicit Arguments(const std::string& line, const std::string& program = "prog")
+      : words(Split(program + " " + line)) {
+    for (std::string& word : words) pointers.push_back(word.data());
+    pointers.push_back(nullptr);
+  }
+  int argc() const { return static_cast<int>(words.size()); }
+  char** argv() { return pointers.data(); }
+
+  Texts words;
+  std::vector<char*> pointers;
 };
 
-bool Parse(QXInterface& interface, const Texts& words, const char* requirements = nullptr) {
-  Arguments a(words);
+bool Parse(QXInterface& interface, const std::string& line, const char* requirement = nullptr) {
+  Arguments a(line);
   return QXParseCommandLine(interface, a.argc(), a.argv(),
-                            reinterpret_cast<const unsigned char*>(requirements),
-                            QXErrorLevel::Warning, /*checkHelp=*/false);
+                            reinterpret_cast<const unsigned char*>(requirement), Level,
+                            /*checkHelp=*/false);
 }
 
-bool ParseLW(QXInterface& interface, const Texts& words) {
-  Arguments a(words);
-  return QXParseCommandLineLW(interface, a.argc(), a.argv(), nullptr, QXErrorLevel::Warning);
-}
-
-// The values of all parameters that have some: "-n=3 -l=1;2".
-std::string Values(const QXInterface& interface) {
-  std::string all;
-  for (QXIter<QXParameter> p = interface.GetParameters(true); p; ++p) {
-    std::string values;
-    for (const std::string& text : All(p->GetStringValues()))
-      values += (values.empty() ? "" : ";") + text;
-    if (p->GetHasValue()) all += (all.empty() ? "" : " ") + p->GetName() + "=" + values;
-  }
-  return all;
+bool ParseLW(QXInterface& interface, const std::string& line, const char* = nullptr) {
+  Arguments a(line);
+  return QXParseCommandLineLW(interface, a.argc(), a.argv(), nullptr, Level);
 }
 
 // Parses each line of a table and compares the messages, and what is set then.
-template <class Parser>
-void ExpectSessions(const std::string& text, const char* table, const Parser& parse) {
-  for (const auto& [words, answer] : Sessions(table)) {
-    SCOPED_TRACE(words);
-    const Messages messages;
+void ExpectParses(decltype(Parse)* parse, const std::string& text, const std::string& table) {
+  ExpectSessions(table, Level, [&](const std::string& line) {
     QXInterface itf(text.c_str());
-    const bool good = parse(itf, Split(words));
-    const std::string told = messages.At(QXErrorLevel::Warning);
-    EXPECT_EQ(told + Values(itf) + "\n", answer);
-    EXPECT_EQ(good, told.empty());
-  }
+    const bool good = parse(itf, line, nullptr);
+    return Outcome{good, ValuesOf(itf)};
+  });
 }
 
 const std::string Text = Describe(R"(-in string; KEYLESS 1; ALIAS -i
@@ -85,19 +64,16 @@ const std::string Text = Describe(R"(-in string; KEYLESS 1; ALIAS -i
 -s string; LIST true
 -m const; LEGAL_VALUE 1; LEGAL_VALUE fast; LEGAL_RANGE 4 5; ILLEGAL_VALUE 7; ILLEGAL_RANGE 8 9
 -bl bool; LIST true
--file file
+-file file; LIST true
 -param param_file; LIST true
 )");
 
 TEST(QXParseCommandLine, AssignsKeysThenArgumentsWithoutKey) {
-  ExpectSessions(Text, R"($ ->
-$ -IN x -N 3 -> -in=x -n=3
-$ -i x -> -in=x
+  ExpectParses(Parse, Text, R"($
+$ -I x -N 3 -> -in=x -n=3
 $ -in -n -n 4 -> -in=-n -n=4
-$ -flag -> -flag=true
 $ -flag -n 3 -> -n=3 -flag=true
-$ -flag 0 x -> -in=x -flag=0
-$ -flag No -> -flag=No
+$ -flag No x -> -in=x -flag=No
 $ -flag other -> -in=other -flag=true
 $ -l 1 2 3 -flag -> -flag=true -l=1;2;3
 $ -l 1 2 x -> -in=x -l=1;2
@@ -110,76 +86,41 @@ $ -m FAST -> -m=FAST
 $ x 3 y -> -in=x -n=3 -out=y
 $ -n 3 x y -> -in=x -n=3 -out=y
 $ -n 7 --unset-N x --unset -> -in=x -out=--unset
-$ --unset-i -in x ->
 $ --unsetn -> -in=--unsetn
-)",
-                 [](QXInterface& itf, const Texts& words) { return Parse(itf, words); });
-}
-
-TEST(QXParseCommandLine, StopsAtTheFirstKindOfFault) {
-  ExpectSessions(Text, R"($ a b -n 3
-Unknown parameter, a, on command line
-Unknown parameter, b, on command line
-
-$ -n 3 -N 4
--N is specified twice on the command line
--n=3
-$ -flag -in
-Parameter -in on the command line is not followed by a value
--flag=true
+$ a b -n 3 -> Unknown parameter, a, on command line / Unknown parameter, b, on command line
+$ -n 3 -N 4 -> -N is specified twice on the command line / -n=3
+$ -flag -in -> Parameter -in on the command line is not followed by a value / -flag=true
 $ -L 13
 13 is not a legal setting for parameter -L (specified on command line)
   Illegal value : 13
-
 $ -l 1,13
 1,13 is not a legal setting for parameter -l (specified on command line)
   Illegal value : 13
-
 $ -m 8
 8 is not a legal setting for parameter -m (specified on command line)
   Legal value : fast
   Legal Range : 4 to 5
   Illegal value : 7
   Illegal Range : 8 to 9
-
-$ -file no/file
-Problem loading parameter -file with setting no/file
-
-$ -param x y
-Problem loading parameter -param with setting xy
-
+$ -param x y -> Problem loading parameter -param with setting xy
+$ -file /dev/null -> Problem loading parameter -file with setting /dev/null
 $ a 1 c d e
 Unknown argument d on command line (too many arguments to be keyless)
 Unknown argument e on command line (too many arguments to be keyless)
-
 $ -n 1 a b c
 Unknown argument c on command line.  There are too many arguments to be keyless (one or more keyless parameters are explicitly specified)
 -in=a -n=1 -out=b
-$ a b
-b is not a legal setting for the keyless parameter -n specified on the command line
--in=a
-)",
-                 [](QXInterface& itf, const Texts& words) { return Parse(itf, words); });
-  const Messages messages;
-  QXInterface itf(Describe("-n int").c_str());
-  EXPECT_FALSE(Parse(itf, {"a", ""}));  // the empty argument is the key of nothing
-  EXPECT_EQ(messages.At(QXErrorLevel::Warning),
-            "Unknown argument on command line a\nUnknown argument on command line \n");
-}
-
-TEST(QXParseCommandLine, GivesTheRestToAKeylessList) {
-  const TempDir dir;
-  QXInterface itf(
-      "!PARAMETER -a\n!TYPE int\n!KEYLESS 1\n!END\n"
-      "!PARAMETER -l\n!TYPE file\n!LIST true\n!KEYLESS 2\n!END");
-  const std::string file = dir.Write("file", "x"), none = dir.Path("none");
-  QXInterface good(itf);
-  EXPECT_TRUE(Parse(good, {"-l", file, "-a", "1", file, file}));
-  EXPECT_EQ(Values(good), "-a=1 -l=" + file + ";" + file + ";" + file);
-  const Messages messages;
-  EXPECT_FALSE(Parse(itf, {"1", file, none, file}));
-  EXPECT_EQ(messages.At(QXErrorLevel::Warning),
-            "Problem loading keyless parameter -l with setting " + none + "\n");
+$ a b -> b is not a legal setting for the keyless parameter -n specified on the command line / -in=a
+)");
+  ExpectParses(Parse, Describe("-n int"),
+               R"($ a '' -> Unknown argument on command line a / Unknown argument on command line 
+)");
+  ExpectParses(Parse, Describe("-n int; KEYLESS 1\n-e stringExt; LIST 1; LEGAL_VALUE a; KEYLESS 2"),
+               R"($ -e a -n 1 a a -> -n=1 -e=a;a;a
+$ -e a -e a -e a -n 1 -> -n=1 -e=a;a;a
+$ 1 a /dev/null a -> Problem loading keyless parameter -e with setting /dev/null / -n=1
+$ -e a -e /dev/null -n x -> Problem loading parameter -e with setting /dev/null
+)");
 }
 
 // Counts how often a text is made a value.
@@ -198,12 +139,11 @@ TEST(QXParseCommandLine, ConvertsAListInLinearTime) {
   QXParameter& list = *itf.AddParameter(Counting("-l"));
   list.SetIsList(true);
   list.SetKeyless(1);
-  EXPECT_TRUE(Parse(itf, Texts(1000, "word")));
-  list.ClearValues();
-  std::string line = "-l";
-  for (int i = 0; i < 1000; ++i) line += " word";
-  QXPlatform::qxisstream in(line);
-  EXPECT_TRUE(QXParseParameterFile(itf, in, false, QXErrorLevel::Warning));
+  std::string words, keys;
+  for (int i = 0; i < 1000; ++i) words += " word", keys += " -l word";
+  EXPECT_TRUE(Parse(itf, words) && list.ClearValues() && Parse(itf, keys) && list.ClearValues());
+  QXPlatform::qxisstream in("-l" + words);
+  EXPECT_TRUE(QXParseParameterFile(itf, in, false, Level));
   EXPECT_EQ(All(list.GetStringValues()).size(), 1000u);
   EXPECT_LT(Counting::count, 10000u);
 }
@@ -212,18 +152,17 @@ TEST(QXParseCommandLine, ReadsParameterFilesThenUnsetsThenJudges) {
   const TempDir dir;
   const std::string one = dir.Write("1", "-n 3\n-in one\n-param nowhere\n-out file\n");
   const std::string two = dir.Write("2", "-in two\n-flag on\n-l 1 2\n-s a\n");
-  constexpr char requirement[] = "!REQUIREMENT\n!OPTION !-s\n!ERROR_MSG\nNo -s\n!END\n";
-  QXInterface itf(Text.c_str());
-  EXPECT_TRUE(Parse(itf, {"-param", one, two, "-l", "7", "--unset-n", "--unset-s"}, requirement));
-  EXPECT_EQ(Values(itf), "-in=one -out=file -flag=on -l=7 -param=" + one + ";" + two);
+  const char requirement[] = "!REQUIREMENT\n!OPTION !-s\n!ERROR_MSG\nNo -s\n!END\n";
+  QXInterface itf(Text.c_str()), other(itf), bad(itf);
+  EXPECT_TRUE(Parse(itf, "-param " + one + " " + two + " -l 7 --unset-n --unset-s", requirement));
+  EXPECT_EQ(ValuesOf(itf), "-in=one -out=file -flag=on -l=7 -param=" + one + ";" + two);
   int n = 0;
   EXPECT_TRUE(QXGetSetting(itf, "-n", n) && n == 5);  // the default shows through
 
-  Messages messages;
-  QXInterface other(Text.c_str()), bad(Text.c_str());
-  EXPECT_FALSE(Parse(other, {"-param", two}, requirement));
-  EXPECT_FALSE(Parse(bad, {"-param", dir.Write("3", "-x 1\n-in x\n")}));
-  EXPECT_EQ(messages.At(QXErrorLevel::Warning),
+  const Messages messages;
+  EXPECT_FALSE(Parse(other, "-param " + two, requirement) ||
+               Parse(bad, "-param " + dir.Write("3", "-x 1\n-in x\n"), requirement));
+  EXPECT_EQ(messages.At(Level),
             "Missing requirements:\nNo -s\n\n"
             "Unknown parameter -x in parameter file (begin comment lines with #)\n"
             "Problem parsing parameter file\n");
@@ -231,78 +170,72 @@ TEST(QXParseCommandLine, ReadsParameterFilesThenUnsetsThenJudges) {
 }
 
 TEST(QXParseCommandLine, WantsKeylessParametersToCountFromOne) {
-  // The numbers of -a, -b and -c, with an "l" for a list.
-  for (const auto& [numbers, answer] : Sessions(R"($ 0 0 0
-$ 3 1 2
-$ 3l 1 2
-$ 2 3 0
+  // Parameters, with "/" for a line end.
+  ExpectSessions(R"($ -a int/-b int
+$ -a int; KEYLESS 3; LIST 1/-b int; KEYLESS 1/-c int; KEYLESS 2
+$ -a int; KEYLESS 2/-b int; KEYLESS 3/-c int
 Missing keyless parameter 1, have keyless parameter 2 (-a)
-$ 1 3 0
+$ -a int; KEYLESS 1/-b int; KEYLESS 3
 Missing keyless parameter 2, have keyless parameter 1 (-a) and 3 (-b)
-$ 1 1 2
+$ -a int; KEYLESS 1/-b int; KEYLESS 1/-c int; KEYLESS 2
 Missing keyless parameter 2, have keyless parameter 1 (-a) and 1 (-b)
-$ 1l 2 0l
+$ -a int; KEYLESS 1; LIST 1/-b int; KEYLESS 2/-c int; LIST 1
 If a keyless parameter is also a list type parameter it must be the last keyless entry.
 Parameter -a is violating this rule (-b is after it)
-)")) {
-    SCOPED_TRACE(numbers);
-    QXInterface itf;
-    std::string name = "-a";
-    for (const std::string& number : Split(numbers)) {
-      QXStringParameter p(name);
-      p.SetKeyless(static_cast<unsigned>(number[0] - '0'));
-      p.SetIsList(number.size() > 1);
-      itf.AddParameter(p);
-      ++name.back();
-    }
-    const Messages messages;
-    EXPECT_EQ(Parse(itf, {}), answer.empty());
-    EXPECT_EQ(messages.At(QXErrorLevel::Error), answer);
-  }
+)",
+                 QXErrorLevel::Error, [](const std::string& lines) {
+                   QXInterface itf(Describe(Lines(lines)).c_str());
+                   return Outcome{Parse(itf, "")};
+                 });
 }
 
 // ---- Ends of the process ----
 
-void Construct(const std::string& text, const Texts& words) {
-  Arguments a(words);
-  const QXInterface itf(text.c_str(), a.argc(), a.argv());
-}
-
-TEST(QXInterfaceWithArguments, EndsTheProcessAsItMust) {
-  const std::string text = Text + Describe("-r int; REQUIRED true; BRIEF Needed");
-  const testing::ExitedWithCode zero(0), one(1), seven(7);
-  EXPECT_EXIT(Construct(text, {}), zero,
-              "^No arguments specified on the command line\nRequired parameters:\n"
-              "    -r : Needed \nFor more help type:\n  prog --help\n$");
-  EXPECT_EXIT(Construct(text, {"--help"}), zero,
-              "^Simple parameter list\nAdditional help functions:\n");
-  EXPECT_EXIT(Construct(text, {"-n", "x"}), one, "^Fatal: x is not a legal setting for");
-  EXPECT_EXIT(Construct(text, {"x"}), one, "^Fatal: Missing required parameter -r\n$");
-  EXPECT_EXIT((QXThrow.SetStrict(false), Construct(text, {"x"})), one,
-              "^Warning: Missing required parameter -r\n$");
-  EXPECT_EXIT((Construct(text, {"-r", "1"}), std::exit(7)), seven, "^$");
-  EXPECT_EXIT(Construct("!X", {"-r", "1"}), one, "^Fatal: Probable invalid keyword");
-}
-
-// For a child process, whose standard output becomes its standard error.
-void ParseVersion(const char* version, const Texts& words, bool light) {
+// For a child process, whose standard output becomes its standard error: parses,
+// `how` that is to be done, and ends with 7 for true and 8 for false.
+[[noreturn]] void RunChild(const std::string& how, const std::string& line) {
   ::dup2(2, 1);
-  Arguments a(words);
-  QXInterface itf(light ? "" : Text.c_str());
-  const unsigned level = QXErrorLevel::Warning;
+  Arguments a(line);
+  if (how == "strict" || how == "lenient" || how == "faulty") {
+    QXThrow.SetStrict(how != "lenient");
+    const std::string text = Text + Describe("!BRIEF Does it\n-r int; REQUIRED true; BRIEF Needed");
+    const QXInterface itf(how == "faulty" ? "!X" : text.c_str(), a.argc(), a.argv());
+    std::exit(7);
+  }
+  QXInterface itf(how == "light" ? "" : Text.c_str());
+  const char* version = how == "help" ? nullptr : "1.2";
   const bool good =
-      light ? QXParseCommandLineLW(itf, version, a.argc(), a.argv(), nullptr, level)
-            : QXParseCommandLine(itf, version, a.argc(), a.argv(), nullptr, level, false);
+      how == "light"
+          ? QXParseCommandLineLW(itf, version, a.argc(), a.argv(), nullptr, Level)
+          : QXParseCommandLine(itf, version, a.argc(), a.argv(), nullptr, Level, how == "help");
   std::exit(good ? 7 : 8);
 }
 
-TEST(QXParseCommandLine, PrintsTheVersionWhereItIsReached) {
-  const testing::ExitedWithCode zero(0), seven(7), eight(8);
-  EXPECT_EXIT(ParseVersion("1.2", {"-n", "3", "--version", "-z"}, false), zero, "^1\\.2\n$");
-  EXPECT_EXIT(ParseVersion(nullptr, {"x", "--version"}, false), zero, "^version not set\n$");
-  EXPECT_EXIT(ParseVersion("1.2", {"--version"}, true), zero, "^1\\.2\n$");
-  EXPECT_EXIT(ParseVersion("1.2", {"-n", "x", "--version"}, false), eight, "");
-  EXPECT_EXIT(ParseVersion("1.2", {"--Version"}, false), seven, "^$");
+TEST(CommandLines, EndTheProcessAsTheyMust) {
+  const struct {
+    const char* how;
+    const char* line;
+    int status;
+    const char* printed;
+  } cases[] = {
+      {"strict", "", 0,
+       "^No arguments specified on the command line\nprog : Does it \nRequired parameters:\n"
+       "    -r : Needed \nFor more help type:\n  prog --help\n$"},
+      {"strict", "--help", 0, "^prog : Does it \nSimple parameter list\nAdditional help"},
+      {"strict", "-n x", 1, "^Fatal: x is not a legal setting for"},
+      {"strict", "x", 1, "^Fatal: Missing required parameter -r\n$"},
+      {"lenient", "x", 1, "^Warning: Missing required parameter -r\n$"},
+      {"strict", "-r 1", 7, "^$"},
+      {"faulty", "-r 1", 1, "^Fatal: Probable invalid keyword"},
+      {"help", "--help all", 0, "^Complete parameter list\n"},
+      {"full", "-n 3 --version -z", 0, "^1\\.2\n$"},
+      {"full", "-n x --version", 8, "^Warning: x is not"},
+      {"full", "--Version", 7, "^$"},
+      {"light", "--version", 0, "^1\\.2\n$"}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.how) + " : " + c.line);
+    EXPECT_EXIT(RunChild(c.how, c.line), testing::ExitedWithCode(c.status), c.printed);
+  }
 }
 
 // ---- Help ----
@@ -313,14 +246,14 @@ struct Answer {
   std::string output;  // what went to standard output
 };
 
-Answer Ask(const std::string& words, const std::string& program = "prog",
+Answer Ask(const std::string& line, const std::string& program = "prog",
            const std::string& text = Text, bool exitOnEmpty = true) {
   const QXInterface itf(text.c_str());
-  Arguments a(Split(words), program);
-  qxosstream out;
+  Arguments a(line, program);
+  QXPlatform::qxosstream out;
   testing::internal::CaptureStdout();
   const bool handled = QXCheckHelp(itf, a.argc(), a.argv(), exitOnEmpty, out);
-  qxout.flush();
+  QXPlatform::qxout.flush();
   return {handled, out.str(), testing::internal::GetCapturedStdout()};
 }
 
@@ -328,129 +261,72 @@ TEST(QXCheckHelp, AnswersByTheShapeOfTheCommandLine) {
   ::unsetenv("COLUMNS");
   // The beginning of what is printed, behind "o " to the stream, behind "s " to
   // standard output; nothing where the line asks for nothing.
-  for (const auto& [words, answer] : Sessions(R"($
+  for (const auto& [line, answer] : Sessions(R"($
 $ -n 3
-$ -n --help
 $ --Help
-$ --help
-o Simple parameter list
-Additional help functions:
-  prog --help simple      : Get a list of simple parameters (as seen above)
-  prog --help all         : Get a complete list of parameters
-$ --help simple
-o Simple parameter list
-$ --help all
-o Complete parameter list
-    -bl
-    -file
-$ --help all 120
-o Complete parameter list
+$ --help -> o Simple parameter list / Additional help functions:
+$ --help simple -> o Simple parameter list
+$ --help all 120 -> o Complete parameter list
 $ --help all 120 x
-$ --help hidden
-o Power user parameter list
-$ --help poweruser
-o Power user parameter list
-$ --help defaults
-o #Default settings
-#-bl : (no default setting)
-$ --help -FLAG
-o Contents of parameter -flag  
-    Type : bool
-$ --help flag x
-o Contents of parameter -flag  
-$ --help i
-o Contents of parameter -in  
-    Aliases :   -i
-$ --help nothing
-o Unable to find help for 'nothing'
-$ --itf
-s #BeginInterface#
-!PARAMETER -bl 0
+$ --help hidden -> o Power user parameter list
+$ --help poweruser -> o Power user parameter list
+$ --help -FLAG -> o Contents of parameter -flag   /     Type : bool
+$ --help i x -> o Contents of parameter -in   /     Aliases :   -i
+$ --itf -> s #BeginInterface# / !PARAMETER -bl 0
 $ --itf x
-$ --json
-s {
-"name" : "",
+$ --json -> s { / "name" : "",
 $ --json x
-$ --latex n
-s \item[\code{-n}] 
-$ --latex -i
-s \item[\code{-in}] 
-$ --latex N
-s
+$ --latex i -> s \item[\code{-in}] 
+$ --latex N -> s 
 $ --latex
 )")) {
-    SCOPED_TRACE(words);
-    const Answer got = Ask(words);
+    SCOPED_TRACE(line);
+    const Answer got = Ask(line);
     EXPECT_EQ(got.handled, !answer.empty());
     EXPECT_TRUE(got.out.empty() || answer[0] == 'o');
     EXPECT_TRUE(got.output.empty() || answer[0] == 's');
-    const std::string head = answer.empty() ? "" : answer.substr(2);
+    const std::string head = answer.empty() ? "" : answer.substr(2, answer.size() - 3);
     EXPECT_EQ((got.out + got.output).substr(0, head.size()), head);
   }
-  EXPECT_EQ(Ask("--help versions").out.find("qxtoolkit QXSystem "), 0u);
-  const std::string itf = Ask("--itf").output, end = "!END\n#EndInterface#\n";
-  EXPECT_EQ(itf.substr(itf.size() - end.size()), end);
-}
+  EXPECT_EQ(Ask("--help html", "no/prog").out, "Unable to create file 'no/prog_help.html'\n");
 
-TEST(QXCheckHelp, AnswersNoArgumentsWhereSomethingIsRequired) {
-  const std::string text =
-      Describe("!BRIEF Does it\n!CATEGORY c\n-r int; REQUIRED true; DEFAULT 1\n!END");
-  EXPECT_EQ(Ask("", "prog", text).out,
-            "No arguments specified on the command line\nprog : Does it \nRequired parameters:\n"
-            "    -r\nFor more help type:\n  prog --help\n");
-  EXPECT_FALSE(Ask("", "prog", text, false).handled);
-  qxosstream out;
+  const std::string inside = Describe("!CATEGORY c\n-r int; REQUIRED true; DEFAULT 1\n!END");
+  EXPECT_TRUE(Ask("", "prog", inside).handled);
+  EXPECT_FALSE(Ask("", "prog", inside, /*exitOnEmpty=*/false).handled);
+  QXPlatform::qxosstream out;
   EXPECT_FALSE(QXCheckHelp(QXInterface(), 0, nullptr, true, out));
 }
 
 TEST(QXCheckHelp, TakesItsWidthFromTheArgumentsOrTheEnvironment) {
-  const struct {
-    const char* columns;  // null: not set
-    const char* words;
-    int lines;
-  } cases[] = {{nullptr, "--help all", 1},  {nullptr, "--help all 14", 3},
-               {"12", "--help all", 4},     {"12", "--help all 14", 3},
-               {"12", "--help all x", 4},   {"12", "--help all 0", 9},
-               {"wide", "--help all -1", 1}};
-  for (const auto& c : cases) {
-    c.columns ? ::setenv("COLUMNS", c.columns, 1) : ::unsetenv("COLUMNS");
-    const std::string out = Ask(c.words, "prog", Describe("-x int; BRIEF a b c d e f g h")).out;
-    EXPECT_EQ(std::count(out.begin(), out.end(), '\n') - 2, c.lines) << c.words;
-  }
-  ::unsetenv("COLUMNS");
-}
-
-TEST(QXCheckHelp, CreatesAPageBesideTheProgram) {
-  const TempDir dir;
-  const std::string program = dir.Path("prog"), page = program + "_help.html";
-  EXPECT_EQ(Ask("--help html", program).out, "Creating '" + page + "'\n");
-  std::string line;
-  std::ifstream file(page);
-  EXPECT_TRUE(std::getline(file, line) && line == "<html>");
-  const std::string nowhere = dir.Path("none/prog");
-  EXPECT_EQ(Ask("--help html", nowhere).out, "Unable to create file '" + nowhere + "_help.html'\n");
+  // COLUMNS, the arguments, and the number of lines for the parameter.
+  ExpectSessions(R"($ - --help all -> 1
+$ 12 --help all -> 4
+$ 12 --help all 14 -> 3
+$ 12 --help all x -> 4
+$ wide --help all -1 -> 1
+)",
+                 Level, [](const std::string& line) {
+                   const std::size_t at = line.find(' ');
+                   ::setenv("COLUMNS", line.substr(0, at).c_str(), 1);
+                   if (line[0] == '-') ::unsetenv("COLUMNS");
+                   const std::string page =
+                       Ask(line.substr(at), "prog", Describe("-x int; BRIEF a b c d e f g h")).out;
+                   ::unsetenv("COLUMNS");
+                   const auto ends = std::count(page.begin(), page.end(), '\n');
+                   return Outcome{true, std::to_string(ends - 2)};
+                 });
 }
 
 // ---- Switches of one letter ----
 
-const std::string Switches = Describe(R"(-a bool; DEFAULT false; ALIAS -x
--b bool; DEFAULT false
--n int; KEYLESS 1; ILLEGAL_VALUE 3
--l int; KEYLESS 2; LIST true; DEFAULT 0
-)");
-
 TEST(QXParseCommandLineLW, TakesGroupsOfSwitchesThenArguments) {
-  ExpectSessions(Switches, R"($
-
-$ -a
--a=true
-$ -bXa -B 1 2 3
--a=true -b=true -n=1 -l=2;3
-$ 1 -4
--n=1 -l=-4
-$ - -a
- - is not a valid command line arg
--a=true
+  const std::string switches = Describe(R"(-a bool; DEFAULT false; ALIAS -x
+-b bool; DEFAULT false
+-n int; KEYLESS 1; ILLEGAL_VALUE 3; ALIAS -
+)");
+  ExpectParses(ParseLW, switches + Describe("-l int; KEYLESS 2; LIST true; DEFAULT 0"), R"($
+$ -bXa -B 1 2 3 -> -a=true -b=true -n=1 -l=2;3
+$ - -a ->  - is not a valid command line arg / -a=true
 $ -az -z --
 Unknow switch -z (specified as part of group -az)
 Unknow switch -z
@@ -460,51 +336,51 @@ $ -n -an 5
 -n is a keyless parameter, do not specify it with a key
 -n is a keyless parameter, do not specify it with a key
 -a=true -n=5
-$ 3 4
-Invalid command line argument 3
--l=4
-$ 1 x 2 y 3
-Invalid command line argument x
-Invalid command line argument y
--n=1 -l=2;3
-)",
-                 ParseLW);
-  const Messages messages;
-  QXInterface itf(Switches.c_str());
-  QXParameter& l = *itf.GetParameter("-l");
-  l.SetIsList(false);
-  EXPECT_FALSE(ParseLW(itf, {"1", "2", "3"}));
-  EXPECT_TRUE(l.SetRequired(true) && l.ClearDefaults() && l.ClearValues());
-  EXPECT_FALSE(ParseLW(itf, {"-a"}));
-  EXPECT_EQ(messages.At(QXErrorLevel::Warning),
-            "Too many arguments on the command line\nMissing required parameter -l\n");
+$ 3 4 -> Invalid command line argument 3 / -l=4
+$ 1 x 2 y 3 -> Invalid command line argument x / Invalid command line argument y / -n=1 -l=2;3
+)");
+  ExpectParses(ParseLW, switches + Describe("-r int; KEYLESS 2; REQUIRED 1"),
+               R"($ 1 2 3 -> Too many arguments on the command line / -n=1 -r=2
+$ -a -> Missing required parameter -r / -a=true
+)");
+  // What is not legal and what cannot be loaded, nor anything behind it, in order.
+  ExpectParses(ParseLW, Describe("-f stringExt; KEYLESS 1; LIST 1; LEGAL_VALUE a"),
+               R"($ a b /dev/null a
+-f file b does not exist or is empty.
+Invalid command line argument b
+Invalid command line argument /dev/null
+Invalid command line argument a
+)");
 }
 
 TEST(QXParseCommandLineLW, WantsSwitchesThatAreFalse) {
-  // The lines of a parameter, with "/" for a line end.
-  for (const auto& [lines, answer] : Sessions(R"($ -p/!TYPE param_file/!KEYLESS 1
-ParseCommandLineLW : does not support parameter files (-p)
-$ -p/!TYPE string
+  // A parameter and what its switch does.
+  ExpectSessions(
+      R"($ -p string
 ParseCommandLineLW : 
  All non-keyless parameter keys must be booleans (-p is not)
-$ -p/!TYPE bool
+switch -p is not a boolean parameter
+$ -p bool
 ParseCommandLineLW : bool parameters must have a default value of false (-p does not have a default value)
-$ -p/!TYPE bool/!DEFAULT t
+$ -p bool; DEFAULT t
 ParseCommandLineLW : bool parameters must have a default value of false (-p does has a default value of true)
-$ -p/!TYPE bool/!DEFAULT f/!ALIAS -pp
+$ -p bool; DEFAULT f; ALIAS -pp
 ParseCommandLineLW : 
  non-keyless bool parameters must have a - followed by a single character as a key (an alias of -p, -pp, does not)
-$ -long/!TYPE bool/!DEFAULT f
+$ -long bool; DEFAULT f; ALIAS -p
 ParseCommandLineLW : 
  non-keyless bool parameters must have a - followed by a single character as a key (-long does not)
-)")) {
-    std::string text = "!PARAMETER " + lines + "/!END";
-    std::replace(text.begin(), text.end(), '/', '\n');
-    QXInterface itf(text.c_str());
-    const Messages messages;
-    EXPECT_EQ(ParseLW(itf, {}), answer.find("support") != answer.npos);  // which is only told
-    EXPECT_EQ(messages.At(QXErrorLevel::Error), answer);
-  }
+)",
+      QXErrorLevel::Error, [](const std::string& parameter) {
+        QXInterface itf(Describe(parameter).c_str());
+        Arguments a("-p");
+        return Outcome{QXParseCommandLineLW(itf, a.argc(), a.argv(), nullptr, QXErrorLevel::Error)};
+      });
+  const Messages messages;
+  QXInterface itf(Describe("-p param_file; KEYLESS 1").c_str());
+  EXPECT_TRUE(ParseLW(itf, ""));  // this is only told
+  EXPECT_EQ(messages.At(QXErrorLevel::Error),
+            "ParseCommandLineLW : does not support parameter files (-p)\n");
 }
 
 }  // namespace

@@ -5,7 +5,6 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
-#include <qxsystem/core/errortest.h>
 #include <qxsystem/interface/interface.h>
 #include <qxsystem/interface/parameter_concrete.h>
 #include <qxsystem/interface/writer.h>
@@ -16,7 +15,6 @@
 #include "platform/temp_dir.h"
 
 using namespace QXSystem;
-using QXPlatform::qxisstream;
 using QXPlatform::qxosstream;
 
 namespace {
@@ -35,116 +33,66 @@ const std::string Text = Describe(R"(-n int; ALIAS --number; LEGAL_RANGE 1 9; DE
 !END
 !CATEGORY Secret
 -x int; VISIBILITY hidden
+-e stringExt; LIST true; LEGAL_VALUE a; VISIBILITY hidden
 !END
 )");
 
 bool Parse(QXInterface& interface, const std::string& lines, bool overwrite = false) {
-  qxisstream in(lines);
+  QXPlatform::qxisstream in(lines);
   return QXParseParameterFile(interface, in, overwrite, QXErrorLevel::Warning);
 }
 
-Texts Values(const QXInterface& interface, const std::string& name) {
-  return All(interface.GetParameter(name)->GetStringValues());
-}
-
-std::string Settings(const QXInterface& interface, bool all, const std::string& mode = "") {
-  qxosstream out;
-  EXPECT_TRUE(QXWriteSettings(interface, out, all, mode));
-  return out.str();
-}
-
-TEST(QXParseParameterFile, ReadsOneSettingALine) {
-  const QXPushQXThrowHasNoMessages silent;
-  const struct {
-    const char* line;
-    const char* name;
-    Texts values;
-  } cases[] = {{"-n 3", "-n", {"3"}},
-               {"--Number\t3\r\n", "-n", {"3"}},
-               {"-s 'a b'", "-s", {"a b"}},
-               {"-s \"a ''b'", "-s", {"a ''b"}},  // the ends need not be the same
-               {"-s 'it''s'", "-s", {"it''s"}},
-               {"-s 'a'b", "-s", {"'a'b"}},
-               {"-s 'open end", "-s", {"'open end"}},
-               {"'-s' #", "-s", {"#"}},
-               {"-l 1 '' 2 3e1", "-l", {"1", "2", "3e1"}},
-               {"-s ''\"\"x", "-s", {"''\"\"x"}}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.line);
-    QXInterface root(Text.c_str());
-    EXPECT_TRUE(Parse(root, "# comment\n\n  # another\n" + std::string(c.line)));
-    EXPECT_EQ(Values(root, c.name), c.values);
-    EXPECT_TRUE(root.GetParameter(c.name)->GetHasValue());
-  }
-}
-
-TEST(QXParseParameterFile, ReportsFaultsAndReadsOn) {
-  // The line, the message, and the values of -n and -l then.
-  for (const auto& [line, answer] : Sessions(R"($ -m 1
-Unknown parameter -m in parameter file (begin comment lines with #)
-
-$ -b
-In parameter file key -b is not followed by a value
-
-$ -s ''
-In parameter file key -s is not followed by a value
-
+TEST(QXParseParameterFile, ReadsOneSettingALineAndGoesOnBehindFaults) {
+  ExpectSessions(R"($ -n 3 -> -n=3 -b=1
+$ --Number	3 -> -n=3 -b=1
+$ -s 'a b' -> -s=a b -b=1
+$ -s "a ''b' -> -s=a ''b -b=1
+$ -s 'it''s' -> -s=it''s -b=1
+$ -s 'a'b -> -s='a'b -b=1
+$ -s 'open end -> -s='open end -b=1
+$ -s ''""x -> -s=''""x -b=1
+$ '-s' # -> -s=# -b=1
+$ -l 1 '' 2 3e1 -> -l=1;2;3e1 -b=1
+$ -m 1 -> Unknown parameter -m in parameter file (begin comment lines with #) / -b=1
+$ -n -> In parameter file key -n is not followed by a value / -b=1
+$ -s '' -> In parameter file key -s is not followed by a value / -b=1
 $ --number 10
 10 is not a legal setting for parameter --number (specified in parameter file)
   Legal Range : 1 to 9
-
-$ -n 3 4
-Problem in parameter file with key -n.  Key is followed by multiple values.
-3;
+-b=1
 $ -n 3 x
 Problem in parameter file with key -n.  Key is followed by multiple values.
-3;
+-n=3 -b=1
 $ -l 1 x 2
 x is not a legal setting for parameter -l (specified in parameter file)
-1;2;
-$ -l 1,2
-1,2 is not a legal setting for parameter -l (specified in parameter file)
-
-$ -f no/file
-Unable to load parameter -f listed in parameter file, check that no/file is a valid setting
-
-)")) {
-    SCOPED_TRACE(line);
-    const Messages messages;
-    QXInterface root(Text.c_str());
-    EXPECT_FALSE(Parse(root, line + "\n-c fast\n"));
-    std::string got = messages.At(QXErrorLevel::Warning);
-    for (const char* name : {"-n", "-l"})
-      for (const std::string& value : Values(root, name)) got += value + ";";
-    EXPECT_EQ(got + "\n", answer);
-    EXPECT_EQ(Values(root, "-c"), Texts{"fast"});  // reading goes on
-  }
-}
-
-TEST(QXParseParameterFile, LoadsAListAsIfOneByOne) {
-  const TempDir dir;
-  const std::string file = dir.Write("file", "x");
-  QXInterface root(Text.c_str());
-  root.GetParameter("-f")->SetIsList(true);
-  const Messages messages;
-  EXPECT_FALSE(Parse(root, "-f " + file + " " + dir.Path("none") + " " + file));
-  std::string told;  // behind a text that cannot be loaded nothing can
-  for (const std::string& name : {dir.Path("none"), file})
-    told += "Unable to load parameter -f listed in parameter file, check that " + name +
-            " is a valid setting\n";
-  EXPECT_EQ(messages.At(QXErrorLevel::Warning), told);
-  EXPECT_FALSE(root.GetParameter("-f")->GetHasValue());
+-l=1;2 -b=1
+$ -l 1,2 -> 1,2 is not a legal setting for parameter -l (specified in parameter file) / -b=1
+$ -f /dev/null x
+Unable to load parameter -f listed in parameter file, check that /dev/null is a valid setting
+Problem in parameter file with key -f.  Key is followed by multiple values.
+-b=1
+$ -e a b /dev/null a
+-e file b does not exist or is empty.
+b is not a legal setting for parameter -e (specified in parameter file)
+  Legal value : a
+Unable to load parameter -e listed in parameter file, check that /dev/null is a valid setting
+Unable to load parameter -e listed in parameter file, check that a is a valid setting
+-b=1
+)",
+                 QXErrorLevel::Warning, [](const std::string& line) {
+                   QXInterface root(Text.c_str());
+                   const bool good = Parse(root, "# comment\n\n  # more\n" + line + "\r\n-b 1");
+                   return Outcome{good, ValuesOf(root)};
+                 });
 }
 
 TEST(QXParseParameterFile, LeavesOrReplacesWhatIsSet) {
   const QXPushQXThrowHasNoMessages silent;
   QXInterface root(Text.c_str());
   EXPECT_TRUE(Parse(root, "-n 3\n-n 4 5 x\n-l 1\n-L 2 x"));  // not even looked at
-  EXPECT_EQ(Values(root, "-n"), Texts{"3"});
-  EXPECT_EQ(Values(root, "-l"), Texts{"1"});
+  EXPECT_EQ(ValuesOf(root), "-n=3 -l=1");
   EXPECT_TRUE(Parse(root, "-n 4\n-l 2 3\n", /*overwrite=*/true));
-  EXPECT_EQ(Values(root, "-n"), Texts{"4"});
-  EXPECT_EQ(Values(root, "-l"), (Texts{"2", "3"}));
+  EXPECT_EQ(ValuesOf(root), "-n=4 -l=2;3");
 }
 
 TEST(QXParseParameterFile, SuggestsAKeyToThoseWhoListen) {
@@ -156,6 +104,14 @@ TEST(QXParseParameterFile, SuggestsAKeyToThoseWhoListen) {
             "level = 2\nDid you mean --number instead of --numer?\n"
             "level = 4\nUnknown parameter --numer in parameter file (begin comment lines with #)\n"
             "Unknown parameter -quite-another in parameter file (begin comment lines with #)\n");
+}
+
+// ---- Settings and defaults ----
+
+std::string Settings(const QXInterface& interface, bool all, const std::string& mode = "") {
+  qxosstream out;
+  EXPECT_TRUE(QXWriteSettings(interface, out, all, mode));
+  return out.str();
 }
 
 TEST(QXWriteSettings, WritesValuesAndAsCommentsTheRest) {
@@ -174,26 +130,30 @@ TEST(QXWriteSettings, WritesValuesAndAsCommentsTheRest) {
   EXPECT_EQ(root.GetParameter("-l")->GetStringDefault(), "1.50");  // only shown shorter
 }
 
+// The typed values and defaults of all parameters.
+std::vector<unsigned char> Typed(const QXInterface& interface) {
+  std::vector<unsigned char> all;
+  for (QXIter<QXParameter> p = interface.GetParameters(true); p; ++p) {
+    std::vector<unsigned char> one(p->ValueAndDefaultBinarySize());
+    p->WriteValueAndDefaultBinary(one.data());
+    all.insert(all.end(), one.begin(), one.end());
+  }
+  return all;
+}
+
 TEST(QXWriteSettings, AreAParameterFileThatReproducesThem) {
   const TempDir dir;
   QXInterface root(Text.c_str());
   ASSERT_TRUE(Parse(root,
                     "-n 7\n-s \"it's  # 'so'\"\n-l -0 1e-9 1.50e+10 inf 100\n-b off\n-h 1\n"
-                    "-c Fast\n-x 9\n-f " +
-                        dir.Write("a file", "bytes").replace(0, 0, "'") + "'"));
+                    "-c Fast\n-x 9\n-f '" +
+                        dir.Write("a file", "bytes") + "'"));
   for (const bool all : {true, false}) {
     QXInterface again(Text.c_str());
     const QXPushQXThrowHasNoMessages silent;
     EXPECT_TRUE(Parse(again, Settings(root, all)));
     EXPECT_EQ(Settings(again, all), Settings(root, all));
-    for (QXIter<QXParameter> p = root.GetParameters(true); p; ++p) {
-      std::vector<unsigned char> a(p->ValueAndDefaultBinarySize()), b;
-      p->WriteValueAndDefaultBinary(a.data());
-      const QXParameter& q = *again.GetParameter(p->GetName());
-      b.resize(q.ValueAndDefaultBinarySize());
-      q.WriteValueAndDefaultBinary(b.data());
-      EXPECT_EQ(a, b) << p->GetName();
-    }
+    EXPECT_EQ(Typed(again), Typed(root));
   }
 }
 
@@ -209,6 +169,8 @@ TEST(WriteDefaultsImpl, NamesConstants) {
             "    #Deep   \n        #-f : (no default setting)\n");
 }
 
+// ---- JSON ----
+
 // What a strict reader makes of the document, written without white space.
 std::string Reread(const QXInterface& interface) {
   qxosstream out;
@@ -223,37 +185,37 @@ std::string Reread(const QXInterface& interface) {
 }
 
 TEST(QXWriteJSON, DescribesTheInterfaceWithAllItsKeysInOrder) {
-  QXInterface root(Describe(R"(-x const; LIST 1; ALIAS -a; ALIAS -b; DEFAULT 1
--n int; REQUIRED true; INPUT 4; OUTPUT true; SIMPLE true; KEYLESS 2; ILLEGAL_VALUE 4; LEGAL_RANGE 1 9; LEGAL_RANGE 2 3; ILLEGAL_RANGE 5 6; ELEMENT e; COMMAND c; BRIEF b; DETAIL; d
+  QXInterface root(
+      Describe(
+          R"(-n const; LIST 1; ALIAS -a; ALIAS -b; REQUIRED true; INPUT 4; OUTPUT true; SIMPLE true; KEYLESS 2; ILLEGAL_VALUE 4; LEGAL_RANGE 1 9; LEGAL_RANGE 2 3; ILLEGAL_RANGE 5 6; ELEMENT e; COMMAND c; BRIEF b; DEFAULT 1; DETAIL; d
 !CATEGORY Sub -3
 !DETAIL
 one
  two
--h string; VISIBILITY hidden; LEGAL_VALUE x; LEGAL_VALUE y
+-x string; LEGAL_VALUE x; LEGAL_VALUE y
 !END
 )")
-                       .c_str());
+          .c_str());
   root.SetBrief("a \"quoted\" \\ brief");
-  root.GetParameter("-x")->SetVisibility(3);
-  root.GetParameter("-x")->SetOrderPriority(1);
-  const std::string rest =
-      R"("required":false,"input":0,"output":false,"visibility":"hidden","keyless":0,)"
-      R"("legal_value":["x","y"],"illegal_value":[],"legal_range":[],"illegal_range":[],)"
-      R"("element":"","command":"","brief":"","detail":[]})";
-  EXPECT_EQ(
-      Reread(root),
-      R"({"name":"","order":0,"brief":"a \"quoted\" \\ brief","detail":[],"params":[)"
-      R"({"name":"-n","order":0,"type":"int","list":false,"alias":[],"default":[],"required":true,)"
-      R"("input":4,"output":true,"visibility":"simple","keyless":2,"legal_value":[],)"
-      R"("illegal_value":["4"],"legal_range":[["1","9"],["2","3"]],"illegal_range":[["5","6"]],)"
-      R"("element":"e","command":"c","brief":"b ","detail":["!d"]},)"
-      R"({"name":"-x","order":1,"type":"const","list":true,"alias":["-a","-b"],)"
-      R"("default":["1"],"required":false,"input":0,"output":false,"visibility":null,"keyless":0,)"
-      R"("legal_value":[],"illegal_value":[],"legal_range":[],"illegal_range":[],"element":"",)"
-      R"("command":"","brief":"","detail":[]}],"interfaces":[)"
-      R"({"name":"Sub","order":-3,"brief":"","detail":["one"," two"],"params":[)"
-      R"({"name":"-h","order":0,"type":"string","list":false,"alias":[],"default":[],)" +
-          rest + "]}]}");
+  EXPECT_TRUE(root.GetParameter("-x")->SetOrderPriority(1));
+  // The visibilities, one of them without a name.
+  const char* shown[] = {"\"simple\"", "\"normal\"", "\"hidden\"", "null"};
+  for (unsigned visibility = 0; visibility < 4; ++visibility) {
+    root.GetParameter("-x")->SetVisibility(visibility);
+    EXPECT_EQ(
+        Reread(root),
+        R"({"name":"","order":0,"brief":"a \"quoted\" \\ brief","detail":[],"params":[)"
+        R"({"name":"-n","order":0,"type":"const","list":true,"alias":["-a","-b"],"default":["1"],)"
+        R"("required":true,"input":4,"output":true,"visibility":"simple","keyless":2,)"
+        R"("legal_value":[],"illegal_value":["4"],"legal_range":[["1","9"],["2","3"]],)"
+        R"("illegal_range":[["5","6"]],"element":"e","command":"c","brief":"b ","detail":["!d"]}],)"
+        R"("interfaces":[{"name":"Sub","order":-3,"brief":"","detail":["one"," two"],"params":[)"
+        R"({"name":"-x","order":1,"type":"string","list":false,"alias":[],"default":[],)"
+        R"("required":false,"input":0,"output":false,"visibility":)" +
+            std::string(shown[visibility]) +
+            R"(,"keyless":0,"legal_value":["x","y"],"illegal_value":[],"legal_range":[],)"
+            R"("illegal_range":[],"element":"","command":"","brief":"","detail":[]}]}]})");
+  }
   EXPECT_EQ(Reread(QXInterface(root)), Reread(root));  // copies have every field
 }
 

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <qxsystem/core/errortest.h>
 #include <qxsystem/interface/parameter_concrete.h>
 
 #include "interface/support.h"
@@ -11,73 +10,46 @@ using namespace QXSystem;
 
 namespace {
 
-void Add(QXInterface& interface, const std::string& name, int priority = 0) {
-  QXParameter* parameter = interface.AddParameter("int");
-  ASSERT_TRUE(parameter->SetName(name) && parameter->SetOrderPriority(priority));
-}
+// Of two with one priority, the bytes of the names decide, not the letters.
+constexpr char Tree[] = R"(
+!PARAMETER z/!TYPE int/!END/!PARAMETER a/!TYPE int/!END/!PARAMETER y -1/!TYPE int/!END
+!PARAMETER B/!TYPE int/!END
+!CATEGORY X
+  !PARAMETER x2/!TYPE int/!END/!PARAMETER x1/!TYPE int/!END
+  !CATEGORY XY/!END
+  !CATEGORY XX/!PARAMETER xx/!TYPE int/!ALIAS a1/!ALIAS -long/!DEFAULT 5/!END/!END
+!END
+!CATEGORY A -1
+  !PARAMETER a2 -5/!TYPE int/!END/!PARAMETER a1/!TYPE int/!END
+!END)";
 
-QXInterface* AddCategory(QXInterface& parent, const std::string& name, int priority = 0) {
-  QXInterface* category = parent.AddInterface();
-  category->SetName(name);
-  category->SetOrderPriority(priority);
-  return category;
-}
-
-// Root { z a y } with X { x2 x1 XX { xx } } and A(-1) { a2 a1 }, XY beside XX.
-void Fill(QXInterface& root) {
-  Add(root, "z");
-  Add(root, "a");
-  Add(root, "y", -1);
-  QXInterface* x = AddCategory(root, "X");
-  Add(*x, "x2");
-  Add(*x, "x1");
-  AddCategory(*x, "XY");
-  Add(*AddCategory(*x, "XX"), "xx");
-  QXInterface* a = AddCategory(root, "A", -1);
-  Add(*a, "a2", -5);
-  Add(*a, "a1");
-}
-
-TEST(QXInterface, WalksInTheOrdersOfItsTwoKinds) {
-  QXInterface root;
-  Fill(root);
-  EXPECT_EQ(Names(root.GetParameters(false)), "y a z");
+TEST(QXInterface, WalksAndLooksUpInTheOrdersOfItsTwoKinds) {
+  const QXInterface root(Lines(Tree).c_str());
+  EXPECT_EQ(Names(root.GetParameters(false)), "y B a z");
   EXPECT_EQ(Names(root.GetInterfaces(false)), "A X");
   EXPECT_EQ(Names(root.GetInterfaces(true)), "X A XY XX");
-  EXPECT_EQ(Names(root.GetParameters(true)), "z a y x1 x2 a2 a1 xx");
+  EXPECT_EQ(Names(root.GetParameters(true)), "z a y B x1 x2 a2 a1 xx");
 
-  QXInterface bytes;
-  for (const char* name : {"-a", "-B", "-\xE9", "-1"}) Add(bytes, name);
-  EXPECT_EQ(Names(bytes.GetParameters(false)), "-1 -B -a -\xE9");  // bytes, not letters
-}
-
-TEST(QXInterface, LooksUpByExactNameAndAlias) {
-  QXInterface root;
-  Fill(root);
-  int n = 7;
-  unsigned u = 7;
-  EXPECT_TRUE(root.AddParameter(QXIntParameter("n", 5)) && QXGetSetting(root, "n", n) && n == 5);
-  EXPECT_FALSE(QXGetSetting(root, "n", u) || QXGetSetting(root, "N", n) ||
-               QXGetSetting(root, "n", n, 1));
-  EXPECT_EQ(root.GetParameter("xx")->GetName(), "xx");
-  EXPECT_EQ(root.GetParameter("XX"), nullptr);
-  root.GetParameter("xx")->AddAlias("a1");  // but "a1" itself comes first
-  EXPECT_EQ(root.GetParameter("a1")->GetName(), "a1");
-  root.GetParameter("xx")->AddAlias("-long");
+  EXPECT_EQ(root.GetParameter("a1")->GetName(), "a1");  // which comes before its namesake
   EXPECT_EQ(root.GetParameter("-long")->GetName(), "xx");
+  EXPECT_EQ(root.GetParameter("XX"), nullptr);
   EXPECT_EQ(root.GetInterface("XX")->Parent()->GetName(), "X");
   EXPECT_EQ(root.GetInterface("xx"), nullptr);
+  int n = 7;
+  unsigned u = 7;
+  EXPECT_TRUE(QXGetSetting(root, "xx", n) && n == 5);
+  EXPECT_FALSE(QXGetSetting(root, "xx", u) || QXGetSetting(root, "Xx", n) ||
+               QXGetSetting(root, "xx", n, 1));
 }
 
-TEST(QXInterface, CopiesTheTreeWithItsParents) {
-  QXInterface root;
-  Fill(root);
-  root.AddDetail("detail");
+TEST(QXInterface, CopiesAndClearsTheTreeWithItsParents) {
+  QXInterface root(Lines(Tree).c_str());
+  EXPECT_TRUE(root.AddDetail("detail") && root.SetBrief("brief"));
   QXInterface* x = root.GetInterface("X");
   const QXInterface copy(*x);
   EXPECT_EQ(copy.Parent(), nullptr);
   EXPECT_EQ(copy.GetInterface("XX")->Parent(), &copy);
-  x->Clear();
+  EXPECT_TRUE(x->Clear());
   EXPECT_EQ(Names(copy.GetParameters(true)), "x2 x1 xx");
 
   *x = copy;
@@ -85,51 +57,42 @@ TEST(QXInterface, CopiesTheTreeWithItsParents) {
   EXPECT_EQ(x->GetInterface("XX")->Parent(), x);
   root = *x;  // from a part of itself
   EXPECT_EQ(root.GetName() + " " + Names(root.GetParameters(true)), "X x2 x1 xx");
+  EXPECT_TRUE(root.Clear());
+  EXPECT_EQ(root.GetName() + root.GetBrief() + Names(root.GetParameters(true)), "");
 }
 
 TEST(QXInterface, DeletesWhateverIsInItsTree) {
-  QXInterface root, other;
-  Fill(root);
-  Add(other, "z");
-  EXPECT_FALSE(root.DeleteParameter(*other.GetParameter("z")));
-  EXPECT_FALSE(root.DeleteInterface(other));
-  EXPECT_TRUE(root.DeleteParameter(*root.GetParameter("xx")));
-  EXPECT_TRUE(root.DeleteInterface(*root.GetInterface("XY")));
-  EXPECT_TRUE(root.DeleteInterface(*root.GetInterface("A")));
-  EXPECT_EQ(Names(root.GetParameters(true)), "z a y x1 x2");
+  QXInterface root(Lines(Tree).c_str()), other(root);
+  EXPECT_FALSE(root.DeleteParameter(*other.GetParameter("z")) || root.DeleteInterface(other));
+  EXPECT_TRUE(root.DeleteParameter(*root.GetParameter("xx")) &&
+              root.DeleteInterface(*root.GetInterface("XY")) &&
+              root.DeleteInterface(*root.GetInterface("A")));
+  EXPECT_EQ(Names(root.GetParameters(true)), "z a y B x1 x2");
   EXPECT_EQ(Names(root.GetInterfaces(true)), "X XX");
-  root.SetBrief("brief");
-  EXPECT_TRUE(root.Clear());
-  EXPECT_FALSE(QXIter<QXParameter>(root.GetParameters(true)));
-  EXPECT_EQ(root.GetBrief(), "");
 }
 
 TEST(QXInterface, MakesParametersByTheirClassId) {
   QXInterface root;
   for (const char* id : {"file", "param_file", "string", "double", "float", "bool", "int",
-                         "unsigned", "const", "stringExt"}) {
-    ASSERT_NE(root.AddParameter(id), nullptr) << id;
-    EXPECT_EQ(root.GetParameter("")->ClassID(), id);
-    EXPECT_TRUE(root.DeleteParameter(*root.GetParameter("")));
-  }
-  const Messages messages;
+                         "unsigned", "const", "stringExt"})
+    EXPECT_EQ(root.AddParameter(id)->ClassID(), id);
+  Messages messages;
   EXPECT_EQ(root.AddParameter("bit"), nullptr);  // made in code only
   EXPECT_EQ(messages.At(QXErrorLevel::Warning),
             "QXSimpleFactory.  Unknown classid bit\n"
             "QXInterfaceImpl::AddParamter.  Unknown classid bit\n");
-  QXBitParameter bit("-b", 1, "one");
-  EXPECT_EQ(root.AddParameter(bit)->ClassID(), "bit");
-}
+  EXPECT_EQ(root.AddParameter(QXBitParameter("-b", 1, "one"))->ClassID(), "bit");
 
-TEST(QXInterface, ReportsATextAtFault) {
-  const Messages messages;
+  messages.Clear();
+  constexpr unsigned char text[] = "nonsense";
   char* argv[] = {nullptr};
-  const QXInterface a("nonsense"), b(reinterpret_cast<const unsigned char*>("!X y"), 0, argv);
-  EXPECT_EQ(messages.At(QXErrorLevel::Error),
-            "Configuring interface.  Unable to parse line\n  line : nonsense\n"
-            "Problem configuring QXInterface!\n"
-            "Probable invalid keyword in interface configuration file\n  line : !X y\n"
-            "Problem configuring QXInterface!\n");
+  const QXInterface a(text), b("!X y"), c(text, 0, argv), d("!X y", 0, argv);
+  const std::string told =
+      "Configuring interface.  Unable to parse line\n  line : nonsense\n"
+      "Problem configuring QXInterface!\n"
+      "Probable invalid keyword in interface configuration file\n  line : !X y\n"
+      "Problem configuring QXInterface!\n";
+  EXPECT_EQ(messages.At(QXErrorLevel::Error), told + told);
 }
 
 }  // namespace

@@ -1,10 +1,13 @@
 #include <qxsystem/interface/parameter_concrete.h>
 
+#include <unistd.h>
+
 #include <memory>
 
 #include <gtest/gtest.h>
 
 #include <qxsystem/core/errortest.h>
+#include <qxsystem/interface/interface.h>
 #include <qxsystem/platform/ostream.h>
 
 #include "interface/support.h"
@@ -12,6 +15,7 @@
 
 using namespace QXSystem;
 using QXPlatform::qxisstream;
+using namespace std::string_literals;
 
 namespace {
 
@@ -36,15 +40,12 @@ void ExpectClass(const std::string& id) {
 }
 
 TEST(QXConcreteParameters, KnowTheirClassTypeAndCopy) {
-  ExpectClass<QXBoolParameter, bool>("bool");
-  ExpectClass<QXIntParameter, int>("int");
-  ExpectClass<QXUIntParameter, unsigned>("unsigned");
-  ExpectClass<QXFloatParameter, float>("float");
+  ExpectClass<QXBoolParameter, bool>("bool"), ExpectClass<QXIntParameter, int>("int");
+  ExpectClass<QXUIntParameter, unsigned>("unsigned"), ExpectClass<QXFloatParameter, float>("float");
   ExpectClass<QXDoubleParameter, double>("double");
   ExpectClass<QXStringParameter, std::string>("string");
-  ExpectClass<QXConstParameter, unsigned>("const");
-  ExpectClass<QXBitParameter, unsigned>("bit");
   ExpectClass<QXStringExtParameter, std::string>("stringExt");
+  ExpectClass<QXConstParameter, unsigned>("const"), ExpectClass<QXBitParameter, unsigned>("bit");
   ExpectClass<QXFileParameter, qxisstream>("file");
   ExpectClass<QXParamFileParameter, qxisstream>("param_file");
 }
@@ -113,11 +114,15 @@ TEST(QXConstParameter, PairsNumbersWithNames) {
   EXPECT_EQ(All(p.GetValues()), (std::vector<unsigned>{2, 3}));
 }
 
-TEST(QXConstParameter, StartsWithItsEntryAsDefault) {
-  const QXConstParameter p("-c", 3, "Three");
-  EXPECT_EQ(p.GetStringDefault(), "3");
-  EXPECT_EQ(p.GetPrettyDefault(), "three");
+TEST(QXConstParameter, NamesTheFirstNumberThatHasNone) {
+  QXConstParameter p("-c", 3, "Three");
+  EXPECT_EQ(p.GetStringDefault() + p.GetPrettyDefault(), "3three");
   EXPECT_EQ(All(p.GetLegalValues()), (Texts{"3", "three"}));
+  EXPECT_TRUE(p.AddLegalEntry(4, "three"));  // 3 has lost its name
+  EXPECT_TRUE(p.AddLegalValue("new") && p.GetKeyIndex("new") == 3 && p.GetKeyIndex("three") == 4);
+  for (unsigned n = 10; n < 20000; ++n)  // in milliseconds, or with a fault minutes
+    p.AddLegalValue(std::to_string(n)), p.AddLegalValue("k" + std::to_string(n));
+  EXPECT_EQ(p.GetKeyIndex("k19999"), 19999u);
 }
 
 TEST(QXBitParameter, TakesCombinationsOfItsFlags) {
@@ -137,12 +142,14 @@ TEST(QXBitParameter, TakesCombinationsOfItsFlags) {
   EXPECT_FALSE(p.AddValue(4));
   EXPECT_TRUE(p.SetDefault(9) && p.AddDefault(1));
   EXPECT_EQ(All(p.GetValues()), (std::vector<unsigned>{3, 3}));
+  p.AddIllegalValue("5");
+  EXPECT_FALSE(p.SetValue(5) || p.AddDefault(5));
   EXPECT_EQ(All(p.GetLegalValues()), (Texts{"1", "a", "2", "b", "3", "9"}));
 }
 
 TEST(QXStringExtParameter, TakesAFileWhereTheTextIsNotLegal) {
   const TempDir dir;
-  const std::string file = dir.Write("file", "text of\nthe file");
+  const std::string text = "text of\nthe file", file = dir.Write("file", text);
   const std::string empty = dir.Write("empty", "");
   const Messages messages;
   QXStringExtParameter p("-s");
@@ -154,10 +161,22 @@ TEST(QXStringExtParameter, TakesAFileWhereTheTextIsNotLegal) {
             "-s file " + empty + " does not exist or is empty.\n");
 
   EXPECT_TRUE(p.AddStringValue("WORD") && p.AddStringValue(file) && p.Load());
-  EXPECT_EQ(All(p.GetValues()), (Texts{"WORD", "text of\nthe file"}));
+  EXPECT_EQ(All(p.GetValues()), (Texts{"WORD", text}));
   EXPECT_EQ(p.GetStringValue(1), file);
   EXPECT_TRUE(p.AddStringValue(empty));
   EXPECT_FALSE(p.Load());
+
+  // A configuration text is read in order: what is legal when a default is met decides.
+  const QXInterface described(Describe("-s stringExt; DEFAULT " + file +
+                                       "; LEGAL_VALUE a\n-t stringExt; LIST 1; LEGAL_VALUE a; "
+                                       "DEFAULT " +
+                                       file + "\n-u stringExt; LIST 1; DEFAULT " + file +
+                                       "; LEGAL_VALUE a; ALIAS -v")
+                                  .c_str());
+  for (const auto& [key, setting] : {std::pair("-s", file), {"-t", text}, {"-u", file}}) {
+    auto& parameter = dynamic_cast<QXStringParameter&>(*described.GetParameter(key));
+    EXPECT_EQ(All(parameter.GetSettings()), Texts{setting}) << key;
+  }
 }
 
 TEST(QXFileParameter, HoldsTheBytesAfterTheFileHasGone) {
@@ -168,13 +187,17 @@ TEST(QXFileParameter, HoldsTheBytesAfterTheFileHasGone) {
     name = dir.Write("file", "bytes");
     EXPECT_TRUE(p.SetStringValue(name) && p.Load());
     EXPECT_TRUE(p.IsSetToString(name));
-    // No file, an empty one, a directory, and one that tells no size but 0.
+    // No file, an empty one, a directory, one that tells no size but 0, one without end.
     QXFileParameter q("-q");
-    for (const std::string& bad :
-         {dir.Path("none"), dir.Write("empty", ""), dir.Path(""), std::string("/proc/self/stat")}) {
+    for (const std::string& bad : {dir.Path("none"), dir.Write("empty", ""), dir.Path(""),
+                                   "/proc/self/stat"s, "/dev/zero"s}) {
       EXPECT_TRUE(q.SetStringValue(bad)) << bad;
       EXPECT_FALSE(q.Load() || q.GetHasValue()) << bad;
     }
+    int ends[2];
+    ASSERT_TRUE(::pipe(ends) == 0 && ::write(ends[1], "x", 1) == 1 && ::close(ends[1]) == 0);
+    EXPECT_TRUE(q.SetStringValue("/dev/fd/" + std::to_string(ends[0])) && q.Load());
+    ::close(ends[0]);
   }
   qxisstream stream;
   ASSERT_TRUE(p.GetSetting(stream));

@@ -12,6 +12,7 @@
 
 #include <qxsystem/core/errortest.h>
 #include <qxsystem/core/iter.h>
+#include <qxsystem/interface/interface.h>
 
 using Texts = std::vector<std::string>;
 
@@ -23,13 +24,30 @@ std::vector<std::remove_const_t<T>> All(QXSystem::QXIterBase<T>* cursor) {
   return items;
 }
 
+inline std::string Join(const Texts& texts, const std::string& between) {
+  std::string all;
+  for (const std::string& text : texts) all += (&text == texts.data() ? "" : between) + text;
+  return all;
+}
+
 /// The names of what a cursor yields.
 template <class T>
 std::string Names(QXSystem::QXIterBase<T>* cursor) {
-  std::string names;
-  for (QXSystem::QXIter<T> item = cursor; item; ++item)
-    names += (names.empty() ? "" : " ") + item->GetName();
-  return names;
+  Texts names;
+  for (QXSystem::QXIter<T> item = cursor; item; ++item) names.push_back(item->GetName());
+  return Join(names, " ");
+}
+
+/// The values of all parameters that have some, "-n=3 -l=1;2", with a "?" behind
+/// those that are not loaded.
+inline std::string ValuesOf(const QXSystem::QXInterface& interface) {
+  Texts all;
+  for (QXSystem::QXIter<QXSystem::QXParameter> p = interface.GetParameters(true); p; ++p) {
+    Texts values = All(p->GetStringValues());
+    for (unsigned i = 0; i < values.size(); ++i) values[i] += p->GetHasValue(i) ? "" : "?";
+    if (p->GetHasValue()) all.push_back(p->GetName() + "=" + Join(values, ";"));
+  }
+  return Join(all, " ");
 }
 
 /// Catches messages, and lets errors pass.
@@ -45,7 +63,8 @@ struct Messages : QXSystem::QXPushSimpleQXThrowTester {
 };
 
 /// A table of what is done, each on a line that begins with "$ ", and what comes
-/// of it, on the lines below or behind "->" on the same line.
+/// of it: on the lines below, or behind "->" on the same line, with " / " for the
+/// ends of lines.
 inline std::vector<std::pair<std::string, std::string>> Sessions(const std::string& text) {
   std::vector<std::pair<std::string, std::string>> sessions;
   std::istringstream in(text);
@@ -56,11 +75,37 @@ inline std::vector<std::pair<std::string, std::string>> Sessions(const std::stri
     }
     const std::size_t arrow = std::min(line.find(" ->"), line.size());
     const std::size_t begin = std::min<std::size_t>(2, arrow);
-    sessions.emplace_back(line.substr(begin, arrow - begin), "");
-    if (arrow < line.size())
-      sessions.back().second = line.substr(std::min(arrow + 4, line.size())) + "\n";
+    std::string answer = line.substr(std::min(arrow + 4, line.size()));
+    for (std::size_t at; (at = answer.find(" / ")) != answer.npos;) answer.replace(at, 3, "\n");
+    if (arrow < line.size()) answer += "\n";
+    sessions.emplace_back(line.substr(begin, arrow - begin), answer);
   }
   return sessions;
+}
+
+struct Outcome {
+  bool good;
+  std::string text = "";
+};
+
+/// Goes through a table. What comes of a line are the messages, all at `level` and
+/// none if the outcome of `act(line)` is good, and its text, unless that is empty.
+template <class Act>
+void ExpectSessions(const std::string& table, unsigned level, const Act& act) {
+  for (const auto& [line, answer] : Sessions(table)) {
+    SCOPED_TRACE(line);
+    const Messages messages;
+    const Outcome outcome = act(line);
+    const std::string told = messages.At(level);
+    EXPECT_EQ(outcome.good, told.empty());
+    EXPECT_EQ(told + outcome.text + (outcome.text.empty() ? "" : "\n"), answer);
+  }
+}
+
+/// A text in which "/" stands for a line end.
+inline std::string Lines(std::string text) {
+  std::replace(text.begin(), text.end(), '/', '\n');
+  return text;
 }
 
 /// A configuration text from parameters in a line each, "-key type; ALIAS -k; LIST
@@ -80,8 +125,10 @@ inline std::string Describe(const std::string& lines) {
   return text;
 }
 
-/// A line as it would be split by a shell without quotes.
+/// A line as a shell would split it. The one thing it quotes is the empty word, ''.
 inline Texts Split(const std::string& line) {
   std::istringstream in(line);
-  return {std::istream_iterator<std::string>(in), {}};
+  Texts words(std::istream_iterator<std::string>(in), {});
+  std::replace(words.begin(), words.end(), std::string("''"), std::string());
+  return words;
 }

@@ -36,11 +36,6 @@ Tokens Split(const std::string& text, const std::string& delimiters, bool skipEm
   return Both([&](auto& out) { return QXStringTokenize(out, text, delimiters, skipEmpty); });
 }
 
-Tokens SplitQuoted(const std::string& text, const char* quotes, bool skipEmpty) {
-  return Both(
-      [&](auto& out) { return QXStringTokenizeQuoted(out, text, ",;", quotes, skipEmpty); });
-}
-
 Tokens SplitCSV(const std::string& line) {
   return Both([&](auto& out) { return QXStringCSVTokenize(out, line, ',', '"'); });
 }
@@ -66,6 +61,8 @@ TEST(Tokenize, CutsAtEveryDelimiterOrAtRuns) {
     ASSERT_EQ(Split(text, delimiters, true), NotEmpty(all)) << text;
     ASSERT_EQ(QXStringJoin(Split(text, ",", false), ","), text);
   }
+  EXPECT_EQ(QXStringJoin(Tokens{}, ", ", true), "");
+  EXPECT_EQ(QXStringJoin(std::list<std::string>{"a", "b"}, ", ", true), "a, b, ");
 }
 
 TEST(Tokenize, TakesItsInputFromTheContainer) {
@@ -94,8 +91,11 @@ TEST(TokenizeQuoted, ProtectsDelimitersBetweenQuotes) {
                {"''',c", {"''',c"}},  // a pair, and nothing closes
                {"'", {"'"}}};
   for (const auto& c : cases) {
-    EXPECT_EQ(SplitQuoted(c.text, "\"'", false), c.tokens) << c.text;
-    EXPECT_EQ(SplitQuoted(c.text, "\"'", true), NotEmpty(c.tokens)) << c.text;
+    for (const bool skip : {false, true})
+      EXPECT_EQ(
+          Both([&](auto& out) { return QXStringTokenizeQuoted(out, c.text, ",;", "\"'", skip); }),
+          skip ? NotEmpty(c.tokens) : c.tokens)
+          << c.text;
   }
 }
 
@@ -132,23 +132,14 @@ TEST(Quotes, AreStrippedAndCollapsed) {
     EXPECT_EQ(QXStringStripQuotes(text, "\"'"), stripped) << text;
     EXPECT_EQ(QXStringCollapseQuotes(text, "\"'"), collapsed) << text;
   }
-  EXPECT_EQ(QXStringStripQuotes("''", "'") + QXStringStripQuotes("", "'"), "");
-  EXPECT_EQ(QXStringCollapseQuotes("''", "'") + QXStringCollapseQuotes("", "'"), "''");
-}
-
-TEST(Join, SeparatesAndTrails) {
-  EXPECT_EQ(QXStringJoin(Tokens{}, ", ", true), "");
-  EXPECT_EQ(QXStringJoin(std::list<std::string>{"a", "b"}, ", ", true), "a, b, ");
-}
-
-TEST(CSV, ReadsFields) {
-  EXPECT_EQ(SplitCSV("\"a,b\",\"say \"\"hi\"\"\",c"), (Tokens{"a,b", "say \"hi\"", "c"}));
-  EXPECT_EQ(SplitCSV("\"a,b\"xy,c"), (Tokens{"\"a,b\"xy", "c"}));
-  EXPECT_EQ(SplitCSV(" \"a\",b"), (Tokens{" \"a\"", "b"}));
-  EXPECT_EQ(QXStringCSVJoin(Tokens{"", "a,b", "a\"b\n", "\"a\nb"}), ",\"a,b\",a\"b\n,\"\"\"a\nb\"");
+  EXPECT_EQ(QXStringStripQuotes("''", "'") + QXStringCollapseQuotes("''", "'"), "''");
+  EXPECT_EQ(QXStringStripQuotes("", "'") + QXStringCollapseQuotes("", "'"), "");
 }
 
 TEST(CSV, ReadsWhatItWrites) {
+  EXPECT_EQ(SplitCSV("\"a,b\",\"say \"\"hi\"\"\",c"), (Tokens{"a,b", "say \"hi\"", "c"}));
+  EXPECT_EQ(SplitCSV("\"a,b\"xy, \"a\""), (Tokens{"\"a,b\"xy", " \"a\""}));
+  EXPECT_EQ(QXStringCSVJoin(Tokens{"", "a,b", "a\"b\n", "\"a\nb"}), ",\"a,b\",a\"b\n,\"\"\"a\nb\"");
   std::mt19937 random(2);
   for (int i = 0; i < 20000; ++i) {
     Tokens fields(1 + random() % 4);

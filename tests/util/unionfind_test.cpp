@@ -28,22 +28,19 @@ struct Partition {
   }
 };
 
-// Textbook heap sort by key, counted from 0 and written with recursion.
+// Textbook heap sort by key, counted from 0.
 using Entry = std::pair<int, int>;  // key, item
-void Sink(std::vector<Entry>& heap, std::size_t i, std::size_t n) {
-  std::size_t largest = i;
-  for (const std::size_t child : {2 * i + 1, 2 * i + 2})
-    if (child < n && heap[child].first > heap[largest].first) largest = child;
-  if (largest == i) return;
-  std::swap(heap[i], heap[largest]);
-  Sink(heap, largest, n);
-}
-void HeapSort(std::vector<Entry>& entries) {
-  for (std::size_t i = entries.size(); i-- > 0;) Sink(entries, i, entries.size());
-  for (std::size_t n = entries.size(); n-- > 1;) {
-    std::swap(entries[0], entries[n]);
-    Sink(entries, 0, n);
-  }
+void HeapSort(std::vector<Entry>& heap) {
+  const auto sink = [&heap](std::size_t i, std::size_t n) {
+    for (std::size_t largest = i;; i = largest) {
+      for (const std::size_t child : {2 * i + 1, 2 * i + 2})
+        if (child < n && heap[child].first > heap[largest].first) largest = child;
+      if (largest == i) return;
+      std::swap(heap[largest], heap[i]);
+    }
+  };
+  for (std::size_t i = heap.size(); i-- > 0;) sink(i, heap.size());
+  for (std::size_t n = heap.size(); n-- > 1; sink(0, n)) std::swap(heap[0], heap[n]);
 }
 
 using Groups = std::vector<std::vector<int>>;
