@@ -68,63 +68,40 @@ struct RDKit {
 };
 #endif
 
-std::vector<Model> Models(const benchmark::State& state, unsigned n) {
-  std::mt19937 random(1);
-  std::vector<Model> models(n, Model(static_cast<std::size_t>(state.range(0))));
-  for (Model& model : models)
-    for (std::size_t set = 0; set < model.size() / 20; ++set) model[random() % model.size()] = true;
-  return models;
-}
-
+// A few fingerprints, with one bit in twenty set.
 template <class Library>
-void Tanimoto(benchmark::State& state) {
+struct Setup {
+  Setup(const benchmark::State& state, unsigned n) {
+    std::mt19937 random(1);
+    for (unsigned i = 0; i < n; ++i) {
+      Model model(static_cast<std::size_t>(state.range(0)));
+      for (std::size_t k = 0; k < model.size() / 20; ++k) model[random() % model.size()] = true;
+      bits.push_back(Library::Make(model));
+    }
+  }
   std::vector<typename Library::Bits> bits;
-  for (const Model& model : Models(state, 100000)) bits.push_back(Library::Make(model));
-  for (auto _ : state)
-    for (const auto& other : bits) benchmark::DoNotOptimize(Library::Tanimoto(bits[0], other));
-}
-
-template <class Library>
-void CountBits(benchmark::State& state) {
-  const auto bits = Library::Make(Models(state, 1)[0]);
-  for (auto _ : state) benchmark::DoNotOptimize(Library::Count(bits));
-}
-
-template <class Library>
-void AndOr(benchmark::State& state) {
-  const auto models = Models(state, 3);
-  const auto b = Library::Make(models[1]), c = Library::Make(models[2]);
-  auto a = Library::Make(models[0]);
-  for (auto _ : state) {
-    a &= b;
-    a |= c;
-    benchmark::DoNotOptimize(a);
-    benchmark::ClobberMemory();
-  }
-}
-
-template <class Library>
-void WriteText(benchmark::State& state) {
-  const auto bits = Library::Make(Models(state, 1)[0]);
   std::string text;
-  for (auto _ : state) {
-    Library::Write(text, bits);
-    benchmark::DoNotOptimize(text.data());
-    benchmark::ClobberMemory();
-  }
-}
+};
 
-template <class Library>
-void ReadText(benchmark::State& state) {
-  auto bits = Library::Make(Models(state, 1)[0]);
-  std::string text;
-  Library::Write(text, bits);
-  for (auto _ : state) {
-    Library::Read(bits, text);
-    benchmark::DoNotOptimize(bits);
-    benchmark::ClobberMemory();
+#define JOB(Name, Number, Call)           \
+  template <class Library>                \
+  void Name(benchmark::State& state) {    \
+    Setup<Library> s(state, Number);      \
+    [[maybe_unused]] auto& bits = s.bits; \
+    for (auto _ : state) {                \
+      Call;                               \
+      benchmark::DoNotOptimize(s);        \
+      benchmark::ClobberMemory();         \
+    }                                     \
   }
-}
+JOB(Tanimoto, 100000,
+    for (const auto& b
+         : bits) benchmark::DoNotOptimize(Library::Tanimoto(bits[0], b)))
+JOB(CountBits, 1, benchmark::DoNotOptimize(Library::Count(bits[0])))
+JOB(AndOr, 3, (bits[0] &= bits[1], bits[0] |= bits[2]))
+JOB(WriteText, 1, Library::Write(s.text, bits[0]))
+JOB(ReadText, 1, if (s.text.empty()) Library::Write(s.text, bits[0]);
+    Library::Read(bits[0], s.text))
 
 #define BITS_JOBS(Library)                                                           \
   BENCHMARK(Tanimoto<Library>)->Arg(1024)->Arg(2048)->Unit(benchmark::kMicrosecond); \

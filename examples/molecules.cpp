@@ -82,8 +82,11 @@ void InstallMolecules(QXBinaryIOHandler& handler) {
 
 // ---- MoleculeReader ----
 
-MoleculeReader::MoleculeReader(const std::string& name, const QXBinaryIOHandler& handler)
-    : name_(name), handler_(handler), in_(name) {
+MoleculeReader::MoleculeReader(const std::string& name, const QXBinaryIOHandler& handler,
+                               QXTracerBase& tracer)
+    : name_(name),
+      handler_(handler),
+      in_(new qxifstream(name), /*ownStream=*/true, &tracer, /*ownTracer=*/false) {
   if (!in_) Fail(name_ + ": cannot be read");
 }
 

@@ -10,6 +10,7 @@
 #include <qxsystem/platform/ostream.h>
 #include <qxsystem/qxb/qxbhand.h>
 #include <qxsystem/qxb/qxheader.h>
+#include <qxsystem/util/progressstream.h>
 
 // Names of a molecule's values beside its data fields, which keep their own.
 inline constexpr const char* kTitle = "Molecule.Title";
@@ -42,8 +43,9 @@ void InstallMolecules(QXSystem::QXBinaryIOHandler& handler);
 /// Reads the molecules of a QXB file. What cannot be read ends the program.
 class MoleculeReader {
 public:
-  /// `handler` is borrowed.
-  MoleculeReader(const std::string& name, const QXSystem::QXBinaryIOHandler& handler);
+  /// `handler` and `tracer` are borrowed. The tracer is told how far the file is read.
+  MoleculeReader(const std::string& name, const QXSystem::QXBinaryIOHandler& handler,
+                 QXSystem::QXTracerBase& tracer = QXSystem::QXNoTracer);
 
   /// Replaces `object` by the next molecule, or by an object to which a record is
   /// attached that nobody here knows. False at the end of the file.
@@ -56,7 +58,7 @@ public:
 private:
   const std::string name_;
   const QXSystem::QXBinaryIOHandler& handler_;
-  QXPlatform::qxifstream in_;
+  QXSystem::qxprogressstream in_;
   unsigned record_ = 0;
   std::unique_ptr<QXSystem::QXHeader> header_;
 };

@@ -2,7 +2,9 @@
 // example programs.
 #pragma once
 
+#include <charconv>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -47,3 +49,15 @@ private:
   unsigned long record_ = 0;      // the molecule being read, from 1
   std::string error_;
 };
+
+/// Sets `value` to the number that the whole text of a data field is; false if it
+/// is none. A text with leading zeros may be an identifier and is none.
+template <class T>
+bool SDNumber(const std::string& text, T& value) {
+  const auto first = text.find_first_not_of('-');
+  if (first == text.npos || text.find_first_of("0123456789.") != first) return false;
+  if (text[first] == '0' && first + 1 < text.size() && text[first + 1] != '.') return false;
+  const char* const end = text.data() + text.size();
+  const auto result = std::from_chars(text.data(), end, value);
+  return result.ec == std::errc() && result.ptr == end;
+}

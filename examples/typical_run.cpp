@@ -29,9 +29,11 @@
 #include <qxsystem/qxb/qxbhand.h>
 #include <qxsystem/qxb/qxbrfxn.h>
 #include <qxsystem/qxb/qxbwfxn.h>
+#include <qxsystem/util/progressstream.h>
 #include <qxsystem/util/qxstring.h>
 
 #include "molecules.h"
+#include "progress.h"
 #include "sdf.h"
 
 using namespace QXPlatform;
@@ -110,6 +112,10 @@ constexpr const char* kInterface = R"(
   !DEFAULT true
   !VISIBILITY hidden
   !BRIEF Let convert write a record of a kind that no reader knows
+!END
+!PARAMETER -status 10
+  !TYPE string
+  !BRIEF Keep a file that tells how far the program is
 !END
 !CATEGORY Conversion 1
   !BRIEF from SD files
@@ -251,8 +257,10 @@ std::string Notes() {
   return notes;
 }
 
-void Convert(const Run& run, const std::string& inName, const std::string& outName) {
-  qxifstream in(inName);
+void Convert(const Run& run, const std::string& inName, const std::string& outName,
+             QXTracerBase& tracer) {
+  tracer.Push("Reading " + inName);
+  qxprogressstream in(new qxifstream(inName), /*ownStream=*/true, &tracer, /*ownTracer=*/false);
   if (!in) Fail(inName + ": cannot be read");
   QXBinaryIOHandler handler;
   InstallMolecules(handler);
@@ -285,6 +293,7 @@ void Convert(const Run& run, const std::string& inName, const std::string& outNa
     out.Discard();
     Fail(inName + ": " + (reader.Error().empty() ? "no molecules" : reader.Error()));
   }
+  tracer.Pop();
   out.Close();
   qxout << account.molecules << " molecules with " << account.atoms << " atoms, " << account.bonds
         << " bonds, and data fields: " << account.intFields << " int, " << account.doubleFields
@@ -317,10 +326,12 @@ void Describe(const Run& run, QXBase& object) {
 }
 
 // This one knows neither Origin nor the notes.
-void Annotate(const Run& run, const std::string& inName, const std::string& outName) {
+void Annotate(const Run& run, const std::string& inName, const std::string& outName,
+              QXTracerBase& tracer) {
+  tracer.Push("Adding values");
   QXBinaryIOHandler handler;
   InstallMolecules(handler);
-  MoleculeReader in(inName, handler);
+  MoleculeReader in(inName, handler, tracer);
   QXContainer object;
   bool more = in.Read(object);
   const QXHeader header = run.Header(in.Header());
@@ -338,6 +349,7 @@ void Annotate(const Run& run, const std::string& inName, const std::string& outN
     }
     out.Write(object);
   }
+  tracer.Pop();
   out.Close();
   qxout << molecules << " molecules got " << added
         << " values; records of unknown kind passed on: " << unread << "\n";
@@ -454,13 +466,14 @@ int main(int argc, char** argv) {
   auto task = static_cast<Task>(run.Setting<unsigned>("-task"));
   if (task == Task::Auto)
     task = QXFileExtension(in, /*skip=*/"") == "qxb" ? Task::Annotate : Task::Convert;
+  Progress progress(run.Setting<std::string>("-status"));
   switch (task) {
     case Task::Auto:
     case Task::Convert:
-      Convert(run, in, out);
+      Convert(run, in, out, progress);
       break;
     case Task::Annotate:
-      Annotate(run, in, out);
+      Annotate(run, in, out, progress);
       break;
     case Task::Compare:
       Compare(run.Setting<std::string>("-with"), in);

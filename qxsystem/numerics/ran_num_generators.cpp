@@ -92,7 +92,7 @@ double QXUniformDoubleRNG::operator()(QXRanNumEngine& engine) const {
 
 double QXGaussianRNG::operator()(QXRanNumEngine& engine) {
   double value = spare_;
-  if (!std::exchange(hasSpare_, !hasSpare_))
+  if (!hasSpare_)
     value = WithEngine(engine, [this](auto& e) {
       double x, y, s;
       do {
@@ -104,6 +104,7 @@ double QXGaussianRNG::operator()(QXRanNumEngine& engine) {
       spare_ = x * f;
       return y * f;
     });
+  hasSpare_ = !hasSpare_;  // not earlier: an engine may throw
   return value * sigma_ + mean_;
 }
 

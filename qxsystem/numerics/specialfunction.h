@@ -5,8 +5,8 @@
 
 namespace QXMath {
 
-/// The complementary error function, to within a few units of the last digit
-/// everywhere. NaN gives NaN. The same on every processor, bit for bit.
+/// The complementary error function, to within 8 units of the last digit.
+/// NaN gives NaN. The same on every processor, bit for bit.
 /// Method: Cody, Math. Comp. 23 (1969) 631-637, with the coefficients of his
 /// CALERF (ACM TOMS 715, 1993).
 QXSYSTEM_API double QXerfc(double x);

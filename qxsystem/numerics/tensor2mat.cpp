@@ -163,7 +163,8 @@ int QXPMIFromInertialTensor(double* pmi, const double* tensor) {
     pmi[2] = radius * static_cast<double>((w - y) / 2) - a;   // two thirds
   } else if (d > 0) {
     // Rounding made a pair of equal roots complex; their real part is meant.
-    const double u = -std::cbrt(r);
+    // In the longer format, as rounding for double is the C library's choice.
+    const double u = -static_cast<double>(std::cbrt(static_cast<long double>(r)));
     pmi[0] = 2 * u - a;
     pmi[1] = pmi[2] = -(u + a);
   } else {

@@ -1,8 +1,11 @@
 #include <qxsystem/records/recordio.h>
 
+#include <algorithm>
+
 #include <qxsystem/platform/istream.h>
 #include <qxsystem/platform/ostream.h>
 #include <qxsystem/records/recordimpl_private.h>
+#include <qxsystem/records/recordjson.h>
 
 namespace QXDataFlow {
 namespace {
@@ -51,6 +54,20 @@ bool IsBinary(const std::string& format) {
   return format == "binary" || format == "qxb";
 }
 
+bool IsJSON(const std::string& format) {
+  return format == "json";
+}
+
+// A record's text as one line. Line ends in it stand between tokens, where any
+// blank does; those inside of texts are escaped.
+std::string JSONLine(const QXRecord& record) {
+  std::string line = QXRecordToJSON(record);
+  if (line.empty()) return line;
+  std::replace_if(
+      line.begin(), line.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
+  return line += '\n';
+}
+
 }  // namespace
 
 QXBytes QXRecordToBytes(const QXRecord& record) {
@@ -71,10 +88,18 @@ QXBytes QXReadRecordBytes(qxistream& in) {
 }
 
 bool QXWriteRecord(qxostream& out, const QXRecord& record, const std::string& format) {
+  if (IsJSON(format)) {
+    const std::string line = JSONLine(record);
+    return !line.empty() && out.write(line.data(), line.size()) == line.size();
+  }
   return IsBinary(format) && QXRecordImpl::Write(record, out);
 }
 
 bool QXReadRecord(QXRecord& record, qxistream& in, const std::string& format) {
+  if (IsJSON(format)) {
+    std::string line;
+    return in.getline(line) && QXRecordFromJSON(record, line);
+  }
   if (!IsBinary(format)) return false;
   StreamSection section;
   return section.Read(in) &&

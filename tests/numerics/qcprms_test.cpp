@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -32,28 +33,31 @@ struct Lists {
     return SimpleRMSBetweenWeightedPoints(a.data(), b.data(), Weights(), Size(), motion);
   }
 
-  // The distance after `motion`.
-  double Residual(const double* motion) const {
-    double squares = 0, weight = 0;
+  // The mean squared distance after the rotation `r` and the shift `t`, null
+  // for the best one.
+  double Residual(const double* r, const double* t) const {
+    double sums[3]{}, squares = 0, weight = 0;
     for (unsigned i = 0; i < Size(); ++i) {
       const double wi = w.empty() ? 1 : w[i];
       double p[3] = {b[3 * i], b[3 * i + 1], b[3 * i + 2]};
-      QXGeom3DRotate(p, motion, 1);
-      for (unsigned k = 0; k < 3; ++k)
-        squares += wi * std::pow(a[3 * i + k] - p[k] - motion[9 + k], 2);
+      QXGeom3DRotate(p, r, 1);
+      for (unsigned k = 0; k < 3; ++k) {
+        const double d = a[3 * i + k] - p[k] - (t ? t[k] : 0);
+        squares += wi * d * d, sums[k] += wi * d;
+      }
       weight += wi;
     }
-    return std::sqrt(squares / weight);
+    for (const double sum : sums) squares -= t ? 0 : sum * sum / weight;
+    return squares / weight;
   }
 };
 
-// Rows of a proper rotation are each the cross product of the next two.
+// A proper rotation is its own matrix of cofactors.
 void ExpectProper(const double* r) {
-  for (int i = 0; i < 3; ++i) {
-    const double *p = r + 3 * ((i + 1) % 3), *q = r + 3 * ((i + 2) % 3);
-    for (int k = 0; k < 3; ++k)
-      EXPECT_NEAR(r[3 * i + k], p[(k + 1) % 3] * q[(k + 2) % 3] - p[(k + 2) % 3] * q[(k + 1) % 3],
-                  1e-14);
+  for (int i = 0; i < 9; ++i) {
+    const double *p = r + (i / 3 + 1) % 3 * 3, *q = r + (i / 3 + 2) % 3 * 3;
+    const int k = (i + 1) % 3, l = (i + 2) % 3;
+    EXPECT_NEAR(r[i], p[k] * q[l] - p[l] * q[k], 1e-14);
   }
 }
 
@@ -72,8 +76,7 @@ TEST(Superposition, GivesPublishedValues) {
   const double rotation[9] = {0.72216358,  0.69118937,  -0.02714790, -0.52038257, 0.51700833,
                               -0.67963547, -0.45572112, 0.50493528,  0.73304748};
   double rot[9], trans[3];
-  const double* a = lists.a.data();
-  const double* b = lists.b.data();
+  const double *a = lists.a.data(), *b = lists.b.data();
   const double rms = QXQCPRMSBetweenPoints(a, b, 7, rot, trans);
   EXPECT_NEAR(rms, 0.719106, 5e-7);
   for (int i = 0; i < 9; ++i) EXPECT_NEAR(rot[i], rotation[i], 5e-9);
@@ -124,8 +127,17 @@ TEST(Superposition, AgreesWithTheRobustRoute) {
           EXPECT_NEAR(lists.Rms(fast), expected, tolerance);
           for (const double* motion : {fast, robust}) {
             ExpectProper(motion);
-            EXPECT_NEAR(std::pow(lists.Residual(motion), 2), expected * expected,
-                        1e-10 * scale * scale);
+            const double best = lists.Residual(motion, motion + 9), unit = scale * scale;
+            EXPECT_NEAR(best, expected * expected, 1e-10 * unit);
+            for (const double turn : {-1e-3, 1e-3})
+              for (int axis = 1; axis < 4; ++axis) {
+                double tilt[4] = {std::sqrt(1 - 1e-6)}, small[3][3], turned[9];
+                tilt[axis] = turn;
+                QXGenerateRotationMatrix(tilt, small);
+                std::copy_n(motion, 9, turned);
+                QXGeom3DRotate(turned, small[0], 3);  // its rows
+                EXPECT_GE(lists.Residual(turned, nullptr), best - 1e-10 * unit);
+              }
           }
         }
 }
@@ -134,12 +146,11 @@ TEST(Superposition, TellsWhyItFallsBack) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
   const std::vector<double> line = {0, 0, 0, 1, 2, 3, 2, 4, 6, 5, 10, 15}, point(12, 1.0);
   const std::vector<double> four = {1, 1, 1, 1, -1, -1, -1, 1, -1, -1, -1, 1};
-  std::vector<double> inverted = four, broken = four, twice = four, near = four, nearer = four;
-  for (double& x : inverted) x = -x;
-  for (double& x : twice) x *= 2;
-  for (double& x : near) x *= 1.0006;
-  for (double& x : nearer) x *= 1.0005;
-  broken[4] = nan;
+  const auto times = [&four](double factor) {
+    std::vector<double> scaled = four;
+    for (double& x : scaled) x *= factor;
+    return scaled;
+  };
   const std::string few = "QN RMS requires 3 independent coordinates. Falling back to Jacobi RMS.";
   const std::string newton = "Newton raphson failed. Falling back to Jacobi RMS.";
   const std::string rotation = "Failed to generate rotation matrix. Falling back to Jacobi RMS.";
@@ -153,14 +164,18 @@ TEST(Superposition, TellsWhyItFallsBack) {
       {"two", {{1, 2, 3, 4, 5, 6}, {0, 0, 0, 1, 1, 1}, {}}, true, few, std::sqrt(3)},
       {"none", {}, true, few, -1},
       {"coincident", {point, point, {}}, true, newton, 0},
-      {"inverted", {four, inverted, {}}, false, newton, 2},
-      {"NaN", {four, broken, {}}, true, newton, nan},
-      {"no weight", {four, twice, {1, -1, 1, -1}}, true, newton, nan},
+      {"inverted", {four, times(-1), {}}, false, newton, 2},
+      {"NaN", {four, times(nan), {}}, true, newton, nan},
+      {"no weight", {four, times(2), {1, -1, 1, -1}}, true, newton, nan},
       {"line", {line, line, {}}, true, rotation, 0},
       {"line, distance only", {line, line, {}}, false, "", 0},
-      {"odd weights", {four, twice, {-4, 1, 1, -3}}, false, "Sqrt yields non-normal number", nan},
-      {"above 0.001", {four, near, {}}, true, "", 0.0006 * std::sqrt(3)},
-      {"below 0.001", {four, nearer, {}}, true, "", 0},
+      {"odd weights",
+       {four, times(2), {-4, 1, 1, -3}},
+       false,
+       "Sqrt yields non-normal number",
+       nan},
+      {"above 0.001", {four, times(1.0006), {}}, true, "", 0.0006 * std::sqrt(3)},
+      {"below 0.001", {four, times(1.0005), {}}, true, "", 0},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -168,9 +183,8 @@ TEST(Superposition, TellsWhyItFallsBack) {
     double motion[12];
     const double rms = c.lists.Rms(c.rotate ? motion : nullptr);
     EXPECT_TRUE(std::isnan(c.rms) ? std::isnan(rms) : std::fabs(rms - c.rms) < 1e-7) << rms;
-    const std::string level = c.message == few ? "level = 1\n" : "level = 2\n";
-    const std::string log = c.message.empty() ? "" : level + c.message;
-    EXPECT_EQ(reports.GetErrorLog().substr(0, log.size()), log);
-    EXPECT_EQ(reports.NumMessages(), log.empty() ? 0u : 1u);
+    const std::string log = (c.message == few ? "level = 1\n" : "level = 2\n") + c.message;
+    EXPECT_EQ(reports.NumMessages(), c.message.empty() ? 0u : 1u);
+    EXPECT_EQ(reports.GetErrorLog().substr(0, log.size()), c.message.empty() ? "" : log);
   }
 }

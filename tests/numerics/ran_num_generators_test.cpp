@@ -7,7 +7,6 @@
 #include <cstring>
 #include <functional>
 #include <limits>
-#include <map>
 #include <random>
 #include <stdexcept>
 #include <vector>
@@ -45,55 +44,40 @@ struct Distribution {
   const char* name;
   std::function<double(QXRanNumEngine&)> draw;
   std::function<double(double)> cdf;
-  double first;        // value from seed 20
-  std::uint64_t hash;  // of the bits of 1000
+  std::uint64_t hash;  // of the bits of 1000 values from seed 20
 };
 
 const Distribution distributions[] = {
     {"uniform", QXUniformDoubleRNG(-1, 2), [](double x) { return (x + 1) / 3; },
-     0x1.25a01366627c2p+0, 0xcfd29ae8ca56e949},
+     0xcfd29ae8ca56e949},
     {"gaussian", QXGaussianRNG(1, 2),
-     [](double x) { return 0.5 * std::erfc(-(x - 1) / std::sqrt(8)); }, 0x1.fe3cd04e3da6p+0,
-     0x4662da48769bb880},
-    {"gamma 1", QXGammaRNG(1, 2), [](double x) { return 1 - std::exp(-x / 2); },
-     0x1.1173279747cc1p-1, 0x9fc675869c41d2b3},
+     [](double x) { return 0.5 * std::erfc(-(x - 1) / std::sqrt(8)); }, 0x4662da48769bb880},
     {"gamma 2.5", QXGammaRNG(2.5, 1), [](double x) { return GammaCdf(2.5, x); },
-     0x1.4ab9f31ead5d7p+0, 0x5605506c1ee21c8a},
+     0x5605506c1ee21c8a},
     {"gamma 40", QXGammaRNG(40, 0.1), [](double x) { return GammaCdf(40, 10 * x); },
-     0x1.b952422b9c487p+1, 0x44f972478e83fec3},
+     0x44f972478e83fec3},
     {"gamma 0.999", QXGammaRNG(0.999, 2), [](double x) { return GammaCdf(0.999, x / 2); },
-     0x1.5634fafa4b615p-1, 0xa0605d12c051cdcd},
+     0xa0605d12c051cdcd},
     {"gamma 0.5", QXGammaRNG(0.5, 1), [](double x) { return std::erf(std::sqrt(x)); },
-     0x1.ca729708e0f08p-4, 0x13bcebfda5d31bd4},
-    {"gamma 0.3", QXGammaRNG(0.3, 1), [](double x) { return GammaCdf(0.3, x); },
-     0x1.d10212721a04dp-8, 0xe7407b6ea797b57},
+     0x13bcebfda5d31bd4},
+    {"gamma 0.3", QXGammaRNG(0.3, 1), [](double x) { return GammaCdf(0.3, x); }, 0xe7407b6ea797b57},
     {"t", QXStudentsTRNG(1, 2, 3),
      [](double x) {
        const double t = (x - 1) / 2 / std::sqrt(3);
        return 0.5 + (t / (1 + t * t) + std::atan(t)) / M_PI;
      },
-     0x1.4abe1df3fa628p+1, 0x82fd67b54bc06323},
+     0x82fd67b54bc06323},
     {"chi-squared", QXChiSquaredRNG(3), [](double x) { return GammaCdf(1.5, x / 2); },
-     0x1.2deb424a1325ep+0, 0x2533ed6a6531c327},
+     0x2533ed6a6531c327},
     {"F", QXSnedecorsFRNG(2, 5), [](double x) { return 1 - std::pow(1 + 0.4 * x, -2.5); },
-     0x1.1946a1ef60b5dp-1, 0xeb63771d253be0ae},
-    {"beta 2, 1", QXBetaRNG(2, 1), [](double x) { return x * x; }, 0x1.988dbff734df3p-1,
-     0xf39b91e080e341cf},
+     0xeb63771d253be0ae},
     {"beta 1, 0.7", QXBetaRNG(1, 0.7), [](double x) { return 1 - std::pow(1 - x, 0.7); },
-     0x1.c32d66cb241adp-3, 0x727179e70a03a1ea},
+     0x727179e70a03a1ea},
     {"Gumbel", QXGumbelRNG(1, 2), [](double x) { return std::exp(-std::exp((1 - x) / 2)); },
-     0x1.984f4d8580e23p+1, 0xa829c3adf8246d6b},
+     0xa829c3adf8246d6b},
     {"extreme value", QXGenExtremeValRNG(1, 2, 0.25),
-     [](double x) { return std::exp(-std::pow(1 + (x - 1) / 8, -4)); }, 0x1.c26e0b712d56cp+1,
-     0xac2f9a5561108b57},
+     [](double x) { return std::exp(-std::pow(1 + (x - 1) / 8, -4)); }, 0xac2f9a5561108b57},
 };
-
-// The p-value of counts that should be equal.
-double EqualCounts(const std::vector<unsigned>& counts, double expected) {
-  double chi2 = 0;
-  for (const unsigned count : counts) chi2 += (count - expected) * (count - expected) / expected;
-  return 1 - GammaCdf(static_cast<double>(counts.size() - 1) / 2, chi2 / 2);
-}
 
 // Kolmogorov's test of values between 0 and 1; a true one fails once in 10^4 seeds.
 void ExpectUniform(std::vector<double> values) {
@@ -136,7 +120,6 @@ TEST(Distributions, GiveTheSameBitsEverywhere) {
     std::uint64_t hash = 0;
     for (int i = 0; i < 1000; ++i) {
       const double value = draw(mt);
-      EXPECT_TRUE(i > 0 || value == d.first) << std::hexfloat << value;
       ASSERT_EQ(value, drawOther(other)) << "from an engine that only the interface tells of";
       std::uint64_t bits;
       std::memcpy(&bits, &value, 8);
@@ -159,40 +142,23 @@ TEST(Distributions, AreWhatTheirNamesSay) {
 
 TEST(Distributions, TakeNewParameters) {
   Mt mt(3), same(3);
-  QXUniformIntRNG whole(0, 1);
   QXGammaRNG gamma(3, 1);
   QXStudentsTRNG t(0, 1, 1);
-  QXBetaRNG beta(1, 1);
-  QXGenExtremeValRNG extreme(0, 1, 1);
-  QXUniformOnUnitSphereRNG sphere(7);
-  whole.SetParams(-5, 9), gamma.SetParams(0.4, 2), t.SetParams(1, 2, 3), beta.SetParams(2, 3);
-  extreme.SetParams(1, 2, 0), sphere.SetParams(1);
-  EXPECT_EQ(whole(mt), QXUniformIntRNG(-5, 9)(same));
+  gamma.SetParams(0.4, 2), t.SetParams(1, 2, 3);
   EXPECT_EQ(gamma(mt), QXGammaRNG(0.4, 2)(same));
   EXPECT_EQ(t(mt), QXStudentsTRNG(1, 2, 3)(same));
-  EXPECT_EQ(beta(mt), QXBetaRNG(2, 3)(same));
-  EXPECT_EQ(extreme(mt), QXGumbelRNG(1, 2)(same));
-  std::vector<double> point(9);
-  sphere.GetRandomPoint(point, mt);
-  EXPECT_EQ(point.size(), 2u);
+  EXPECT_EQ(QXGenExtremeValRNG(1, 2, 0)(mt), QXGumbelRNG(1, 2)(same));
 }
 
-TEST(QXUniformIntRNG, CoversItsRange) {
-  Mt mt(4);
-  std::vector<unsigned> counts(7);
-  QXUniformIntRNG dice(-3, 3);
-  for (int i = 0; i < 7000; ++i) ++counts.at(static_cast<unsigned>(dice(mt) + 3));
-  EXPECT_GT(EqualCounts(counts, 1000), 1e-4);
-
+TEST(QXUniformIntRNG, TakesTheRemainderOfAWord) {
   constexpr int Min = std::numeric_limits<int>::min(), Max = std::numeric_limits<int>::max();
-  const std::int64_t word = static_cast<std::int64_t>(Mt(5).getUnsigned());
-  const auto from5 = [](int low, int high) {
+  const auto word = static_cast<std::int64_t>(Mt(5).getUnsigned());
+  const std::pair<int, int> ranges[] = {{-3, 3}, {0, 0}, {0, Max}, {Min, Max}, {Max - 1, Max}};
+  for (const auto& [low, high] : ranges) {
     Mt engine(5);
-    return QXUniformIntRNG(low, high)(engine);
-  };
-  EXPECT_EQ(from5(0, Max), word);
-  EXPECT_EQ(from5(Min, Max), word + Min);
-  EXPECT_EQ(from5(3, 2), 3);
+    EXPECT_EQ(QXUniformIntRNG(low, high)(engine), word % (std::int64_t{high} - low + 1) + low);
+    EXPECT_EQ(QXUniformIntRNG(low, low == Min ? low : low - 1)(engine), low);
+  }
 }
 
 TEST(QXGaussianRNG, MakesTwoValuesOfAPair) {
@@ -206,6 +172,12 @@ TEST(QXGaussianRNG, MakesTwoValuesOfAPair) {
   EXPECT_DOUBLE_EQ(gaussian(engine), 1 + 5 * f);
   EXPECT_DOUBLE_EQ(copy(engine), 0.5 * f);
   EXPECT_EQ(engine.taken, 6u);
+}
+
+TEST(QXGumbelRNG, DrawsAgainWhatHasNoLogarithm) {
+  Scripted engine({0, 1, 0.5});
+  EXPECT_DOUBLE_EQ(QXGumbelRNG(1, 2)(engine), 1 - 2 * std::log(std::log(2.)));
+  EXPECT_EQ(engine.taken, 3u);
 }
 
 TEST(QXGammaRNG, DrawsBothNumbersAgain) {
@@ -222,19 +194,12 @@ TEST(QXGammaRNG, EndsForShapesWithoutADistribution) {
     for (int i = 0; i < 20; ++i) QXGammaRNG(shape, 1)(mt);
 }
 
-TEST(QXUniformOnUnitSphereRNG, FavoursNoDirection) {
-  Scripted engine;
-  std::vector<double> point, heights, angles;
-  for (int i = 0; i < 5000; ++i) {
-    QXUniformOnUnitSphereRNG(2).GetRandomPoint(point, engine);
-    ASSERT_EQ(point.size(), 3u);
-    EXPECT_NEAR(std::hypot(point[0], point[1], point[2]), 1, 1e-15);
-    heights.push_back((point[2] + 1) / 2);
-    angles.push_back(std::atan2(point[1], point[0]) / (2 * M_PI) + 0.5);
-  }
-  ExpectUniform(heights);
-  ExpectUniform(angles);
-  EXPECT_GE(engine.taken, 5000u * 6);  // two for a coordinate, of which one is not used
+TEST(QXUniformOnUnitSphereRNG, DrawsEachCoordinateAnew) {
+  Scripted engine({0.75, 0.25, 0.25, 0.75, 0.75, 0.75, 0.25, 0.25});
+  std::vector<double> point(9);
+  QXUniformOnUnitSphereRNG(3).GetRandomPoint(point, engine);
+  EXPECT_EQ(point, (std::vector<double>{-0.5, 0.5, 0.5, -0.5}));
+  EXPECT_EQ(engine.taken, 8u);
 }
 
 TEST(QX3DRotationMatrixRNG, FavoursNoRotation) {
@@ -243,14 +208,13 @@ TEST(QX3DRotationMatrixRNG, FavoursNoRotation) {
   for (int i = 0; i < 5000; ++i) {
     QX3DRotationMatrixRNG().GetRotationMatrix(r, mt);
     ASSERT_EQ(r.size(), 9u);
-    for (std::size_t j = 0; j < 3; ++j)
-      for (std::size_t k = 0; k < 3; ++k)
-        EXPECT_NEAR(r[3 * j] * r[3 * k] + r[3 * j + 1] * r[3 * k + 1] + r[3 * j + 2] * r[3 * k + 2],
-                    j == k, 1e-14);
-    EXPECT_NEAR(r[0] * (r[4] * r[8] - r[5] * r[7]) - r[1] * (r[3] * r[8] - r[5] * r[6]) +
-                    r[2] * (r[3] * r[7] - r[4] * r[6]),
-                1, 1e-14);
-    for (std::size_t j = 0; j < 9; ++j) numbers[j].push_back((r[j] + 1) / 2);
+    for (std::size_t j = 0; j < 9; ++j) {
+      numbers[j].push_back((r[j] + 1) / 2);
+      // A proper rotation is its own matrix of cofactors.
+      const std::size_t up = (j + 3) % 9, down = (j + 6) % 9;
+      const auto at = [&r](std::size_t row, std::size_t k) { return r[row / 3 * 3 + k % 3]; };
+      EXPECT_NEAR(r[j], at(up, j + 1) * at(down, j + 2) - at(up, j + 2) * at(down, j + 1), 1e-14);
+    }
   }
   for (const auto& values : numbers) ExpectUniform(values);
 
@@ -264,20 +228,11 @@ TEST(QX3DRotationMatrixRNG, FavoursNoRotation) {
   for (const double z : {0.25, 0.75}) {
     Scripted pole({0.25, 0.75, 0.5, 0.75, 0.5, 0.5, z});
     QX3DRotationMatrixRNG().GetRotationMatrix(r, pole);
-    EXPECT_NEAR(r[1], 1, 1e-15);
-    EXPECT_EQ(r[8], 1);
+    EXPECT_TRUE(std::fabs(r[1] - 1) < 1e-15 && r[8] == 1);
   }
 }
 
-TEST(QXRandomShuffleOfIndices, ReachesEveryOrder) {
-  Mt mt(7);
-  std::map<std::vector<unsigned long>, unsigned> orders;
-  for (int i = 0; i < 24000; ++i) ++orders[QXRandomShuffleOfIndices(4, mt)];
-  std::vector<unsigned> counts;
-  for (const auto& order : orders) counts.push_back(order.second);
-  EXPECT_EQ(counts.size(), 24u);
-  EXPECT_GT(EqualCounts(counts, 1000), 1e-4);
-
+TEST(QXRandomShuffleOfIndices, SwapsFromTheEnd) {
   Scripted engine;
   EXPECT_TRUE(QXRandomShuffleOfIndices(0, engine).empty());
   EXPECT_EQ(QXRandomShuffleOfIndices(1, engine), std::vector<unsigned long>{0});

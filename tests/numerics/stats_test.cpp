@@ -40,15 +40,13 @@ TEST(QXPhi, DividesByTheWrappedProduct) {
 
 TEST(QXMaxp, ReadsTheTable) {
   const std::pair<double, float> steps[] = {
-      {2.706, 0},   {2.7061, 0.1f},   {3.841, 0.1f},      {3.8411, 0.05f},       {6.635, 0.025f},
-      {6.7, 0.01f}, {10.828, 0.005f}, {10.82801, 0.001f}, {std::nan(""), 0.001f}};
+      {2.706, 0},   {2.7061, 0.1f}, {3.841, 0.1f},    {3.8411, 0.05f},  {6.635, 0.025f},
+      {6.7, 0.01f}, {7.9, 0.005f},  {10.828, 0.005f}, {10.829, 0.001f}, {std::nan(""), 0.001f}};
   for (const auto& [chi2, level] : steps)
     EXPECT_EQ(QXMaxp(chi2, 1), static_cast<double>(level)) << chi2;
-  EXPECT_EQ(QXMaxp(-1, 0), static_cast<double>(0.001f));
-  EXPECT_EQ(QXMaxp(-1.5, 0), 0);
+  EXPECT_TRUE(QXMaxp(-1, 0) == static_cast<double>(0.001f) && QXMaxp(-1.5, 0) == 0);
   QXPushSimpleQXThrowTester reports;
-  EXPECT_EQ(QXMaxp(1, 2), 0);
-  EXPECT_EQ(QXMaxp(1, 0xFFFFFFFF), 0);
+  EXPECT_EQ(QXMaxp(1, 2) + QXMaxp(1, 0xFFFFFFFF), 0);
   EXPECT_EQ(reports.GetErrorLog(),
             "level = 4\nTo Many Degrees of Freedom\nTo Many Degrees of Freedom\n");
 }
