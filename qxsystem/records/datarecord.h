@@ -285,7 +285,7 @@ private:
   QXRecordImpl& Impl() const;
   bool CopyFrom(const QXRecord& other);
   void DropSourceID();
-  bool UnloadChildren() const;
+  bool UnloadChildCache() const;
   bool Unload() const;
 
   mutable std::unique_ptr<QXRecordImpl> impl_;  // null while the record has nothing in it

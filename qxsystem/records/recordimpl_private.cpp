@@ -112,7 +112,7 @@ FieldEntry* QXRecordImpl::Find(const QXFieldBase& field) {
   return entry != nullptr && TypeMatches(*entry, field) ? entry : nullptr;
 }
 
-FieldEntry* QXRecordImpl::SetField(const QXFieldBase& field, bool isNull, bool freeIndex) {
+FieldEntry* QXRecordImpl::SetFieldEntry(const QXFieldBase& field, bool isNull, bool freeIndex) {
   FieldEntry* found = field.metaMatch_ ? Resolve(field) : nullptr;
   FieldEntry& entry = found != nullptr ? *found : fields.Add(field.name_);
   const bool isKnown = entry.index != 0 && TypeMatches(entry, field);
@@ -138,7 +138,7 @@ FieldEntry* QXRecordImpl::SetField(const QXFieldBase& field, bool isNull, bool f
   if (!field.typeNamespace_.empty() || !IsSameText(entry.type, field.type_)) {
     // An object is of the type that the entry had when it came into the cache.
     if (entry.type != field.GetTypeName()) {
-      UnloadValue(entry);
+      UnloadCache(entry);
       entry.DropCache();
     }
     fields.SetType(entry, field.typeNamespace_, field.type_);
@@ -215,7 +215,7 @@ void QXRecordImpl::SetCache(FieldEntry& entry, std::shared_ptr<void> object, boo
   mayHaveCaches_ = true;
 }
 
-bool QXRecordImpl::UnloadValue(FieldEntry& entry) {
+bool QXRecordImpl::UnloadCache(FieldEntry& entry) {
   if (!entry.isCached || entry.isClean || !entry.object) return true;
   const QXFieldTypeHandler* handler = FindHandler(entry.type);
   if (handler == nullptr) return true;
@@ -231,10 +231,10 @@ bool QXRecordImpl::UnloadValue(FieldEntry& entry) {
   return true;
 }
 
-bool QXRecordImpl::UnloadValues() {
+bool QXRecordImpl::UnloadCache() {
   bool isDone = true;
   if (mayHaveCaches_)
-    for (FieldEntry& entry : fields) isDone = UnloadValue(entry) && isDone;
+    for (FieldEntry& entry : fields) isDone = UnloadCache(entry) && isDone;
   return isDone;
 }
 
@@ -289,7 +289,7 @@ std::map<std::string, QXRecord> ReadChildren(const QXBytes& bytes) {
   return children;
 }
 
-ChildCache& QXRecordImpl::LoadChildren(FieldEntry& entry) {
+ChildCache& QXRecordImpl::LoadChildCache(FieldEntry& entry) {
   FieldExtras& extras = entry.Extras();
   if (extras.childCache) return *extras.childCache;
   extras.childCache = std::make_unique<ChildCache>();
@@ -301,7 +301,7 @@ ChildCache& QXRecordImpl::LoadChildren(FieldEntry& entry) {
   return *extras.childCache;
 }
 
-bool QXRecordImpl::UnloadChildren(FieldEntry& entry) {
+bool QXRecordImpl::UnloadChildCache(FieldEntry& entry) {
   if (!entry.extras || !entry.extras->childCache) return true;
   ChildrenBytes bytes;
   for (const auto& [key, child] : *entry.extras->childCache) {
@@ -315,10 +315,10 @@ bool QXRecordImpl::UnloadChildren(FieldEntry& entry) {
   return true;
 }
 
-bool QXRecordImpl::UnloadChildren() {
+bool QXRecordImpl::UnloadChildCache() {
   bool isDone = true;
   if (mayHaveCaches_)
-    for (FieldEntry& entry : fields) isDone = UnloadChildren(entry) && isDone;
+    for (FieldEntry& entry : fields) isDone = UnloadChildCache(entry) && isDone;
   return isDone;
 }
 
