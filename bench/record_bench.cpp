@@ -406,9 +406,9 @@ void StreamRead(benchmark::State& state) {
   }
 }
 
-#define BENCH_FORMAT(Format)                                 \
-  BENCHMARK(SetAndWrite<Format>);                            \
-  BENCHMARK(ReadAndGet<Format>);                             \
+#define BENCH_FORMAT(Format)                                     \
+  BENCHMARK(SetAndWrite<Format>);                                \
+  BENCHMARK(ReadAndGet<Format>);                                 \
   BENCHMARK(StreamWrite<Format>)->Unit(benchmark::kMillisecond); \
   BENCHMARK(StreamRead<Format>)->Unit(benchmark::kMillisecond)
 

@@ -7,6 +7,7 @@
 
 #include <qxsystem/core/error.h>
 #include <qxsystem/core/vectoriter.h>
+#include <qxsystem/numerics/elementary_private.h>
 #include <qxsystem/platform/number.h>
 
 namespace QXSystem {
@@ -109,17 +110,18 @@ void QXExponentColorGradient::SetExponent(double exponent) {
   exponent_ = QXPlatform::QXIsNaN(exponent) ? 1.0 : std::clamp(exponent, 0.1, 10.0);
 }
 
+// The library's own functions, so that a colour is the same on every processor.
 double QXExponentColorGradient::TransformValue(double value) const {
   if (exponent_ == 1.0 || value == 0) return value;
-  return value < 0 ? -std::pow(-value, exponent_) : std::pow(value, exponent_);
+  return value < 0 ? -QXMath::Pow(-value, exponent_) : QXMath::Pow(value, exponent_);
 }
 
 double QXExponentialColorGradient::TransformValue(double value) const {
-  return value < 0 ? 1 - std::exp(-value) : std::exp(value) - 1;
+  return value < 0 ? 1 - QXMath::Exp(-value) : QXMath::Exp(value) - 1;
 }
 
 double QXLogarithmicColorGradient::TransformValue(double value) const {
-  return value < 0 ? -std::log(1 - value) : std::log(value + 1);
+  return value < 0 ? -QXMath::Log(1 - value) : QXMath::Log(value + 1);
 }
 
 }  // namespace QXSystem

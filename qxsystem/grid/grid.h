@@ -94,7 +94,9 @@ class QXSYSTEM_API QXGridBase : public QXGridAbstractBase {
 public:
   QXGridBase();
 
-  /// Stores everything as it is given, and counts it as set.
+  /// Stores everything as it is given, 0 and NaN too, and counts it as set. The
+  /// product of the dimensions has to fit the size, for nothing is checked here;
+  /// SetDim does.
   QXGridBase(unsigned int x, unsigned int y, unsigned int z, float xmid, float ymid, float zmid,
              float spacing, const std::string& title);
   QXGridBase(const QXGridBase& other);
@@ -265,7 +267,7 @@ public:
 
   /// A grid by its index, null beyond the end. It belongs to this object and
   /// stays valid until the number of grids, the dimensions or the spacing
-  /// change, or ResetGrids.
+  /// change, and until Clear or ResetGrids.
   virtual QXFixedGrid<T>* GetGrid(unsigned int i) = 0;
   virtual const QXFixedGrid<T>* GetGrid(unsigned int i) const = 0;
 
@@ -285,8 +287,8 @@ protected:
 /// always at least one; T is float.
 ///
 /// A change of the dimensions sets all values to 0, and refuses more than
-/// 0xFFFFFFFF of them. Titles of the grids change by ResetGrids alone, the
-/// centre with that of this object.
+/// 0xFFFFFFFF of them. The grids follow the centre of this object at once, its
+/// title when they are made anew.
 template <class T>
 class QXSYSTEM_API QXFixedMultiGrid : public QXMultiGrid<T> {
 public:

@@ -63,14 +63,9 @@ void PrintVersionAndEnd(const char* version) {
 
 namespace {
 
-class CommandLine {
+class CommandLine : CommandLineParser {
 public:
-  CommandLine(QXInterface& interface, const char* version, int argc, char** argv, unsigned level)
-      : interface_(interface),
-        parameters_(interface),
-        version_(version),
-        arguments_(argv + std::clamp(argc, 0, 1), argv + std::max(argc, 0)),
-        level_(level) {}
+  using CommandLineParser::CommandLineParser;
 
   bool Parse(const unsigned char* requirements) {
     if (!GetKeylessParameters(interface_, keyless_)) return false;
@@ -94,13 +89,6 @@ private:
 
   bool Complain(const char* format, ...) const __attribute__((format(printf, 2, 3)));
 
-  QXInterface& interface_;
-  const ParameterIndex parameters_;
-  const char* const version_;
-  const Texts arguments_;  // behind the program's name
-  const unsigned level_;
-
-  std::size_t at_ = 0;                 // the next argument
   std::vector<QXParameter*> keyless_;  // in their order
   Texts leftover_;                     // arguments without key
   std::vector<QXParameter*> to_unset_;

@@ -57,14 +57,9 @@ bool IsSwitchOrKeyless(const QXParameter& p) {
   return good;
 }
 
-class SwitchLine {
+class SwitchLine : CommandLineParser {
 public:
-  SwitchLine(QXInterface& interface, const char* version, int argc, char** argv, unsigned level)
-      : interface_(interface),
-        parameters_(interface),
-        version_(version),
-        arguments_(argv + std::clamp(argc, 0, 1), argv + std::max(argc, 0)),
-        level_(level) {}
+  using CommandLineParser::CommandLineParser;
 
   bool Parse(const unsigned char* requirements) {
     for (QXIter<QXParameter> p = interface_.GetParameters(/*recursive=*/true); p; ++p)
@@ -84,13 +79,7 @@ private:
   void TakeKeyless(const std::vector<QXParameter*>& keyless);
   void Assign(QXParameter& parameter, const Texts& texts);
 
-  QXInterface& interface_;
-  const ParameterIndex parameters_;
-  const char* const version_;
-  const Texts arguments_;  // behind the program's name
-  const unsigned level_;
-  std::size_t at_ = 0;  // the next argument
-  bool good_ = true;    // nothing was reported
+  bool good_ = true;  // nothing was reported
 };
 
 // Takes "-abc" as "-a -b -c".

@@ -65,11 +65,11 @@ void Put(Writer& writer, bool value, bool) {
 void Put(Writer& writer, int value, bool) {
   writer.Int(value);
 }
-void Put(Writer& writer, float value, bool) {
-  WriteDouble(writer, static_cast<double>(value));
-}
 void Put(Writer& writer, double value, bool) {
-  writer.Double(value);
+  WriteDouble(writer, value);
+}
+void Put(Writer& writer, float value, bool) {
+  Put(writer, static_cast<double>(value), false);
 }
 
 void Put(Writer& writer, const std::string& value, bool escape) {
@@ -204,22 +204,25 @@ public:
   explicit Hints(const Value* object) {
     if (!object) return;
     for (const auto& member : object->GetObject())
-      if (member.value.IsString()) hints_.emplace_back(Text(member.name), Text(member.value));
+      if (member.value.IsString())
+        hints_.emplace_back(Text(member.name), Parse(Text(member.value)));
     std::stable_sort(hints_.begin(), hints_.end(), KeyLess);
   }
 
   Hint Get(std::string_view key) const {
     const auto found = std::lower_bound(hints_.begin(), hints_.end(), Entry(key, {}), KeyLess);
-    if (found == hints_.end() || found->first != key) return {};
-    const auto has = [hint = found->second](char c) { return hint.find(c) != hint.npos; };
-    return {has('m'), has('f') ? 'f' : has('i') ? 'i' : '\0'};
+    return found != hints_.end() && found->first == key ? found->second : Hint();
   }
 
 private:
-  using Entry = std::pair<std::string_view, std::string_view>;
+  using Entry = std::pair<std::string_view, Hint>;
   static bool KeyLess(const Entry& a, const Entry& b) { return a.first < b.first; }
   static std::string_view Text(const Value& value) {
     return {value.GetString(), value.GetStringLength()};
+  }
+  static Hint Parse(std::string_view hint) {
+    const auto has = [hint](char c) { return hint.find(c) != hint.npos; };
+    return {has('m'), has('f') ? 'f' : has('i') ? 'i' : '\0'};
   }
 
   std::vector<Entry> hints_;
@@ -309,7 +312,7 @@ private:
   }
 
   bool ReadObject(Value& value) {
-    QXJSONHandlerBase* const handler = HandlerOf(value);
+    QXJSONHandlerBase* const handler = HandlerOf(TypeOf(value));
     if (!handler) return StoreText(value, "object");
     const QXNestingScope level;
     return level && handler->Read(object_, key_, value);
@@ -332,10 +335,11 @@ private:
   }
 
   bool ReadObjects(Value& array) {
-    QXJSONHandlerBase* const handler = HandlerOf(array[0]);
-    const auto alike = [&](const Value& element) {
+    const Value* const firstType = TypeOf(array[0]);  // a search through all members
+    QXJSONHandlerBase* const handler = HandlerOf(firstType);
+    const auto alike = [firstType](const Value& element) {
       const Value* const type = TypeOf(element);
-      return type && *type == *TypeOf(array[0]);
+      return type && *type == *firstType;
     };
     if (!handler || !std::all_of(array.Begin(), array.End(), alike))
       return StoreText(array, "array of objects");
@@ -389,9 +393,11 @@ private:
     return true;
   }
 
+  // There may be one warning for each of many elements, so a key that is longer
+  // than what a report shows must not cost its whole length every time.
   void WarnOfRange() const {
     QXThrow.Warning("JSON: Numeric value out of range for integer, key: %s, ignoring hint",
-                    key_.c_str());
+                    key_.substr(0, 8191).c_str());
   }
 
   // The "type" of an object; null if it has none that is a text.
@@ -401,8 +407,7 @@ private:
     return type != value.MemberEnd() && type->value.IsString() ? &type->value : nullptr;
   }
 
-  static QXJSONHandlerBase* HandlerOf(const Value& value) {
-    const Value* const type = TypeOf(value);
+  static QXJSONHandlerBase* HandlerOf(const Value* type) {
     return type ? QXGetJSONHandlerByType(Element<std::string>::Get(*type)) : nullptr;
   }
 
@@ -495,11 +500,11 @@ std::string QXBaseToJSON(const QXBase& object, unsigned int flags) {
 }
 
 bool QXJSONToBase(QXBase& object, std::string text) {
-  // Scratch memory of this function is used up first, which spares most texts
-  // the way to the heap and back.
+  // The memory of this function is used up first: most texts then need none that
+  // the heap would take from the system and give back each time.
   alignas(std::max_align_t) char scratch[0xF000];
   rapidjson::MemoryPoolAllocator<> memory(scratch, sizeof scratch);
-  rapidjson::Document document(&memory, text.size());
+  rapidjson::Document document(&memory);
   if (!ParseObjectInPlace(document, text.data(), text.size())) return false;
   const auto type = GetJSONStringAttr(document, "type", /*required=*/false);
   if (type.failed) return false;

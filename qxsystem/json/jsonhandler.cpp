@@ -34,7 +34,7 @@ QXJSONHandlerBase* QXJSONHandlerRegistry::GetByType(const std::string& jsonType)
 
 // A literal would be taken for an identity without this one.
 QXJSONHandlerBase* QXJSONHandlerRegistry::GetByType(const char* jsonType) const {
-  return GetByType(std::string(jsonType));
+  return GetByType(std::string(jsonType ? jsonType : ""));
 }
 
 QXJSONHandlerBase* QXJSONHandlerRegistry::GetByType(const void* dataType) const {

@@ -71,7 +71,8 @@ public:
   void AddHandler(QXJSONHandlerBase* handler);
 
   /// The handler for a type name, for a type of single values, for a type of
-  /// lists; null if there is none. A name that is asked for is not interned.
+  /// lists; null if there is none. A name that is asked for is not interned; a null
+  /// one is empty.
   QXJSONHandlerBase* GetByType(const std::string& jsonType) const;
   QXJSONHandlerBase* GetByType(const char* jsonType) const;
   QXJSONHandlerBase* GetByType(const void* dataType) const;

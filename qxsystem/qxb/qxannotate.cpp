@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <qxsystem/core/base_private.h>
@@ -100,118 +101,113 @@ QXIterBase<QXAnnotation>* QXAnnotation::GetChildren() const {
 
 namespace {
 
-void SetPoint(QXAnnotation& annotation, const char* name, const float* point) {
-  annotation.SetData<float>(name, point, 3);
-}
+// An annotation in the making. Items stand in the order in which they are set.
+class Shape {
+public:
+  Shape(unsigned type, const char* title) : made_(type, title) {}
+
+  Shape& Points(const char* name, const float* points, unsigned n = 1) {
+    made_.SetData<float>(name, points, 3 * n);
+    return *this;
+  }
+  template <class T>
+  Shape& Value(const char* name, const T& value) {
+    made_.SetData<T>(name, value);
+    return *this;
+  }
+  operator QXAnnotation() { return std::move(made_); }
+
+private:
+  QXAnnotation made_;
+};
 
 }  // namespace
 
 QXAnnotation QXAnnotateSphere(const char* title, const float* a, float r, const float* hemi) {
-  QXAnnotation sphere(QXAnnotationType::Sphere, title);
-  SetPoint(sphere, "a", a);
-  sphere.SetData<float>("r", r);
-  if (hemi) SetPoint(sphere, "hemi", hemi);
-  return sphere;
+  Shape sphere(QXAnnotationType::Sphere, title);
+  sphere.Points("a", a).Value("r", r);
+  return hemi ? sphere.Points("hemi", hemi) : sphere;
 }
 
 QXAnnotation QXAnnotateEllipsoid(const char* title, const float* center, float a, float b, float c,
                                  const float* d1, const float* d2, const float* d3) {
-  QXAnnotation ellipsoid(QXAnnotationType::Ellipsoid, title);
-  SetPoint(ellipsoid, "center", center);
-  ellipsoid.SetData<float>("a", a);
-  ellipsoid.SetData<float>("b", b);
-  ellipsoid.SetData<float>("c", c);
-  SetPoint(ellipsoid, "d1", d1);
-  SetPoint(ellipsoid, "d2", d2);
-  SetPoint(ellipsoid, "d3", d3);
-  return ellipsoid;
+  return Shape(QXAnnotationType::Ellipsoid, title)
+      .Points("center", center)
+      .Value("a", a)
+      .Value("b", b)
+      .Value("c", c)
+      .Points("d1", d1)
+      .Points("d2", d2)
+      .Points("d3", d3);
 }
 
 QXAnnotation QXAnnotateBox(const char* title, const float* a, const float* e) {
-  QXAnnotation box(QXAnnotationType::Box, title);
-  SetPoint(box, "a", a);
-  SetPoint(box, "e", e);
-  return box;
+  return Shape(QXAnnotationType::Box, title).Points("a", a).Points("e", e);
 }
 
 QXAnnotation QXAnnotateCylinder(const char* title, const float* a, const float* b, float r1,
                                 float r2) {
-  QXAnnotation cylinder(QXAnnotationType::Cylinder, title);
-  SetPoint(cylinder, "a", a);
-  SetPoint(cylinder, "b", b);
-  cylinder.SetData<float>("r1", r1);
-  cylinder.SetData<float>("r2", r2);
-  return cylinder;
+  return Shape(QXAnnotationType::Cylinder, title)
+      .Points("a", a)
+      .Points("b", b)
+      .Value("r1", r1)
+      .Value("r2", r2);
 }
 
 QXAnnotation QXAnnotateArrow(const char* title, const float* a, const float* b, float p, float r1,
                              float r2, float r3) {
-  QXAnnotation arrow(QXAnnotationType::Arrow, title);
-  SetPoint(arrow, "a", a);
-  SetPoint(arrow, "b", b);
-  arrow.SetData<float>("p", p);
-  arrow.SetData<float>("r1", r1);
-  arrow.SetData<float>("r2", r2);
-  arrow.SetData<float>("r3", r3);
-  return arrow;
+  return Shape(QXAnnotationType::Arrow, title)
+      .Points("a", a)
+      .Points("b", b)
+      .Value("p", p)
+      .Value("r1", r1)
+      .Value("r2", r2)
+      .Value("r3", r3);
 }
 
 QXAnnotation QXAnnotateLine(const char* title, const float* a, const float* b) {
-  QXAnnotation line(QXAnnotationType::Line, title);
-  SetPoint(line, "a", a);
-  SetPoint(line, "b", b);
-  return line;
+  return Shape(QXAnnotationType::Line, title).Points("a", a).Points("b", b);
 }
 
 QXAnnotation QXAnnotateSpline(const char* title, const float* c, unsigned int n, unsigned int sr) {
-  QXAnnotation spline(QXAnnotationType::Spline, title);
-  spline.SetData<float>("c", c, 3 * n);
-  spline.SetData<unsigned int>("n", n);
-  spline.SetData<unsigned int>("sr", sr);
-  return spline;
+  return Shape(QXAnnotationType::Spline, title).Points("c", c, n).Value("n", n).Value("sr", sr);
 }
 
 QXAnnotation QXAnnotateSplineSurface(const char* title, const float* c, unsigned int n,
                                      unsigned int sr, int sgr, int xr, float w, float t, int st,
                                      int s) {
-  QXAnnotation surface(QXAnnotationType::SplineSurface, title);
-  surface.SetData<float>("c", c, 3 * n);
-  surface.SetData<unsigned int>("n", n);
-  surface.SetData<unsigned int>("sr", sr);
-  surface.SetData<int>("sgr", sgr);
-  surface.SetData<int>("xr", xr);
-  surface.SetData<float>("w", w);
-  surface.SetData<float>("t", t);
-  surface.SetData<int>("st", st);
-  surface.SetData<int>("s", s);
-  return surface;
+  return Shape(QXAnnotationType::SplineSurface, title)
+      .Points("c", c, n)
+      .Value("n", n)
+      .Value("sr", sr)
+      .Value("sgr", sgr)
+      .Value("xr", xr)
+      .Value("w", w)
+      .Value("t", t)
+      .Value("st", st)
+      .Value("s", s);
 }
 
 QXAnnotation QXAnnotateTorus(const char* title, const float* a, float r1, float r2,
                              const float* d) {
-  QXAnnotation torus(QXAnnotationType::Torus, title);
-  SetPoint(torus, "a", a);
-  torus.SetData<float>("r1", r1);
-  torus.SetData<float>("r2", r2);
-  SetPoint(torus, "d", d);
-  return torus;
+  return Shape(QXAnnotationType::Torus, title)
+      .Points("a", a)
+      .Value("r1", r1)
+      .Value("r2", r2)
+      .Points("d", d);
 }
 
 QXAnnotation QXAnnotateText(const char* title, const float* a, const char* text) {
-  QXAnnotation annotation(QXAnnotationType::Text, title);
-  SetPoint(annotation, "a", a);
-  annotation.SetData<std::string>("t", text ? text : "");
-  annotation.SetData<bool>("f", false);
-  annotation.SetData<float>("s", 1.0F);
-  annotation.SetData<float>("z", 1.5F);
-  return annotation;
+  return Shape(QXAnnotationType::Text, title)
+      .Points("a", a)
+      .Value("t", std::string(text ? text : ""))
+      .Value("f", false)
+      .Value("s", 1.0F)
+      .Value("z", 1.5F);
 }
 
 QXAnnotation QXAnnotateSymbol(const char* title, const float* a, const char* name) {
-  QXAnnotation symbol(QXAnnotationType::Symbol, title);
-  SetPoint(symbol, "a", a);
-  symbol.SetData<const char*>("t", name);
-  return symbol;
+  return Shape(QXAnnotationType::Symbol, title).Points("a", a).Value("t", name);
 }
 
 const char* QXAnnotationPODWriteFxn::GetTag() const {

@@ -484,13 +484,16 @@ std::map<std::string, QXRecord> QXRecord::GetChildRecords(const QXFieldBase& fie
   return ReadChildren(GetChildBytes(field));
 }
 
-// An empty record would not stay among the decoded children.
+// Where the children are not stored yet or are decoded anyway, one more need not
+// encode them all; but an empty record would not stay among the decoded ones, nor
+// its source id with a record.
 bool QXRecord::AddChildRecord(const QXFieldBase& field, const std::string& key,
                               const QXRecord& record) {
-  ChildCache* children = LoadedChildren(Impl(), field);
-  if (children == nullptr) return false;
-  if (!record.IsEmpty()) {
-    (*children)[key] = std::make_shared<QXRecord>(record);
+  FieldEntry* entry = Impl().Find(field);
+  if (entry == nullptr) return false;
+  const bool isDecoded = !entry->HasChildren() || entry->extras->childCache;
+  if (isDecoded && !record.IsEmpty() && record.GetSourceID().empty()) {
+    impl_->LoadChildren(*entry)[key] = std::make_shared<QXRecord>(record);
     return true;
   }
   auto all = GetChildRecords(field);

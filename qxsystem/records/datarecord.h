@@ -83,8 +83,8 @@ public:
   /// children. False if there is none.
   bool DeleteField(const QXFieldBase& field);
 
-  /// All fields in order of their indices, without readonly and meta-match flags
-  /// as far as they were read from bytes.
+  /// All fields in order of their indices. None has the meta-match flag, and
+  /// those that were read from bytes aren't readonly.
   std::vector<QXFieldBase> GetFields() const;
 
   /// One of QXFieldStatus. Metadata is compared with `matchMeta` or the field's
@@ -226,8 +226,10 @@ public:
   // ---- Children ----
   //
   // Each field may have child records, by key; an integer key is its decimal
-  // text. Children that are decoded stay so until the bytes are asked for;
-  // those without fields are dropped then.
+  // text. Children that are decoded stay so until `Flush`. Whenever the bytes are
+  // asked for, they are encoded, save those without fields, and without their
+  // source ids. Children that are set keep source ids as long as they are not
+  // decoded.
 
   bool HasChildRecords(const QXFieldBase& field) const;
   bool HasChildRecord(const QXFieldBase& field, const std::string& key) const;
@@ -239,7 +241,7 @@ public:
   std::shared_ptr<QXRecord> GetChildRecord(const QXFieldBase& field, const std::string& key);
   std::shared_ptr<QXRecord> GetChildRecord(const QXFieldBase& field, int key);
 
-  /// Copies of all children by key.
+  /// All children by key, as they are stored.
   std::map<std::string, QXRecord> GetChildRecords(const QXFieldBase& field) const;
 
   /// Sets the child with this key, all children. False for a field that is not

@@ -283,9 +283,11 @@ public:
     return Take(sizeof(double), bytes);
   }
   bool PassText() {
-    std::string_view text;
+    Cursor ahead = *this;
+    std::size_t length;
     bool isNone;
-    return Text(text, isNone);
+    const unsigned char* bytes;
+    return ahead.Length(length, isNone) && PassInt() && Take(length, bytes);
   }
 
 private:

@@ -47,10 +47,14 @@ T Decode(const QXBytes& bytes) {
 }
 
 // Names in the code of other languages have "::" between their parts.
-std::string WithDots(std::string name) {
-  for (std::size_t at = 0; (at = name.find("::", at)) != std::string::npos; ++at)
-    name.replace(at, 2, ".");
-  return name;
+std::string WithDots(std::string_view name) {
+  std::string dotted;
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    const bool isPair = name.substr(i, 2) == "::";
+    dotted += isPair ? '.' : name[i];
+    if (isPair) ++i;
+  }
+  return dotted;
 }
 
 template <class Attributes, class Keep>
@@ -250,7 +254,7 @@ std::string QXMeta::GetName(unsigned id) {
   const auto* row =
       std::lower_bound(std::begin(MetaNames), std::end(MetaNames), id,
                        [](const MetaName& name, unsigned key) { return name.id < key; });
-  return row != std::end(MetaNames) && row->id == id ? WithDots(std::string(row->name)) : "";
+  return row != std::end(MetaNames) && row->id == id ? WithDots(row->name) : "";
 }
 
 unsigned QXMeta::GetValue(const std::string& name) {

@@ -206,8 +206,8 @@ public:
   /// Whether a value may be null. For users to heed; records don't.
   bool IsNullable() const { return nullable_; }
 
-  /// Whether records refuse to set a value through this field. Records do not
-  /// store it.
+  /// Whether records refuse to set a value through this field. Bytes of records
+  /// don't have it.
   bool IsReadonly() const { return readonly_; }
 
   /// Whether records look the field up by type and metadata: the first field, by
@@ -215,7 +215,8 @@ public:
   bool IsMetaMatch() const { return metaMatch_; }
   void SetMetaMatch(bool metaMatch) { metaMatch_ = metaMatch; }
 
-  const QXFieldMeta& GetMeta() const { return meta_; }
+  /// A copy, which does not change with the field.
+  QXFieldMeta GetMeta() const { return meta_; }
   void SetMeta(const QXFieldMeta& meta) { meta_ = meta; }
 
   /// Whether the field has a type.

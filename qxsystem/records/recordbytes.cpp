@@ -1,6 +1,7 @@
 // The byte format of records: sections, and the tables in them.
 
 #include <algorithm>
+#include <iterator>
 #include <string_view>
 
 #include <qxsystem/records/recordimpl_private.h>
@@ -26,32 +27,34 @@ public:
   // What was read before damage is in the record.
   bool Read(Cursor payload) {
     Cursor read = payload;
-    const bool isWhole = ReadSections(read, fieldSections, /*keepUnknown=*/true);
+    const bool isWhole = ReadSections(read, /*byIndex=*/false);
     if (!MapIndices()) return false;
     payload = Cursor(payload.At(), read.At());
-    return ReadSections(payload, valueSections, /*keepUnknown=*/false) && isWhole;
+    return ReadSections(payload, /*byIndex=*/true) && isWhole;
   }
 
 private:
   struct Section {
     std::string_view tag;
+    bool byIndex;  // read in the second pass
     bool (Reader::*read)(Cursor);
   };
-  using Sections = Section[3];
-  static const Sections fieldSections, valueSections;
+  static const Section known[5];
 
-  // Stops in front of a section that is damaged.
-  bool ReadSections(Cursor& payload, const Sections& sections, bool keepUnknown) {
+  // Stops in front of a section that is damaged. The first pass keeps the
+  // sections that are not known.
+  bool ReadSections(Cursor& payload, bool byIndex) {
     while (payload.Left() != 0) {
       Cursor next = payload, content = payload;
       std::string_view tag;
       if (!next.Section(tag, content)) return false;
-      const auto isTag = [tag](const Section& section) { return section.tag == tag; };
-      const auto* section = std::find_if(sections, sections + 3, isTag);
-      if (section != sections + 3) {
-        if (!(this->*section->read)(content)) return false;
-      } else if (keepUnknown && std::none_of(valueSections, valueSections + 3, isTag)) {
-        Append(record_.unknown, payload.At(), static_cast<std::size_t>(next.At() - payload.At()));
+      const auto* section = std::find_if(std::begin(known), std::end(known),
+                                         [tag](const Section& row) { return row.tag == tag; });
+      if (section == std::end(known)) {
+        if (!byIndex)
+          Append(record_.unknown, payload.At(), static_cast<std::size_t>(next.At() - payload.At()));
+      } else if (section->byIndex == byIndex && !(this->*section->read)(content)) {
+        return false;
       }
       payload = next;
     }
@@ -173,16 +176,19 @@ private:
     return true;
   }
 
+  // Of several sections the last one counts.
   bool ReadChildren(Cursor from) {
-    for (FieldEntry& entry : record_.fields)
-      if (entry.extras) entry.extras->children.clear();
+    for (FieldEntry* parent : parents_) parent->extras->children.clear();
+    parents_.clear();
     while (from.Left() != 0) {
       std::uint32_t index;
       std::string_view bytes;
       bool isNone;
       if (!from.Number(index) || !from.Text(bytes, isNone)) return false;
-      if (FieldEntry* entry = Find(index))
-        entry->Extras().children.assign(bytes.begin(), bytes.end());
+      FieldEntry* entry = Find(index);
+      if (entry == nullptr) continue;
+      entry->Extras().children.assign(bytes.begin(), bytes.end());
+      parents_.push_back(entry);
     }
     return true;
   }
@@ -190,13 +196,14 @@ private:
   QXRecordImpl& record_;
   std::vector<FieldEntry*> small_;  // fields by index
   std::map<std::uint32_t, FieldEntry*> large_;
+  std::vector<FieldEntry*> parents_;  // the fields of the section of children last read
 };
 
-const Reader::Sections Reader::fieldSections = {{VersionTag, &Reader::ReadVersion},
-                                                {FieldsTag, &Reader::ReadFields}};
-const Reader::Sections Reader::valueSections = {{MetaTag, &Reader::ReadMeta},
-                                                {DataTag, &Reader::ReadData},
-                                                {ChildrenTag, &Reader::ReadChildren}};
+const Reader::Section Reader::known[] = {{VersionTag, false, &Reader::ReadVersion},
+                                         {FieldsTag, false, &Reader::ReadFields},
+                                         {MetaTag, true, &Reader::ReadMeta},
+                                         {DataTag, true, &Reader::ReadData},
+                                         {ChildrenTag, true, &Reader::ReadChildren}};
 
 // ---- Writing ----
 

@@ -135,8 +135,14 @@ FieldEntry* QXRecordImpl::SetField(const QXFieldBase& field, bool isNull, bool f
     entry.index = lastIndex_ = index;
   }
   for (const unsigned option : field.meta_.GetOptions()) RemoveElsewhere(option, entry);
-  if (!field.typeNamespace_.empty() || !IsSameText(entry.type, field.type_))
+  if (!field.typeNamespace_.empty() || !IsSameText(entry.type, field.type_)) {
+    // An object is of the type that the entry had when it came into the cache.
+    if (entry.type != field.GetTypeName()) {
+      UnloadValue(entry);
+      entry.DropCache();
+    }
     fields.SetType(entry, field.typeNamespace_, field.type_);
+  }
   entry.nullable = field.nullable_;
   entry.readonly = field.readonly_;
   entry.isNull = isNull;
@@ -301,7 +307,9 @@ bool QXRecordImpl::UnloadChildren(FieldEntry& entry) {
   for (const auto& [key, child] : *entry.extras->childCache) {
     if (child->IsEmpty()) continue;
     QXRecord copy;
-    if (!copy.CopyFrom(*child) || !bytes.Add(key, copy)) return false;
+    if (!copy.CopyFrom(*child)) return false;
+    copy.DropSourceID();
+    if (!bytes.Add(key, copy)) return false;
   }
   entry.extras->children = bytes.Get();
   return true;

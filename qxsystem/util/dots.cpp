@@ -127,9 +127,10 @@ protected:
   }
 
 private:
-  // For want of a thread the callers do its work.
+  // For want of a thread the callers do its work, until the total.
   bool UpdateHere(unsigned step) {
     const std::lock_guard lock(mutex_);
+    if (totalled_) return false;
     dots_.Update(step);
     return true;
   }

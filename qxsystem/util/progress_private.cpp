@@ -24,7 +24,7 @@ void OutputClock::Restart() {
 
 bool LimitPercent(double& percent) {
   if (QXPlatform::QXIsNaN(percent)) return false;
-  percent = std::clamp(percent, 0.0, 100.0);
+  percent = percent > 0 ? std::min(percent, 100.0) : 0.0;  // also for the zero with a sign
   return true;
 }
 

@@ -26,8 +26,7 @@ bool qxprogressstream::open(const char* name) {
 bool qxprogressstream::_qxfill() {
   if (tracer_ && position_ != 0) {
     const auto units = [](long bytes) { return static_cast<unsigned>(std::max(bytes, 0L) >> 8); };
-    const long total = size();
-    tracer_->SetProgress(units(total > 0 ? std::min(position_, total) : position_), units(total));
+    tracer_->SetProgress(units(position_), units(size()));
   }
   if (!qxiwrapperstream::_qxfill()) return false;
   if (dynamic_cast<qxiwrapperstream*>(Inner()))

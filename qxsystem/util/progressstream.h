@@ -13,8 +13,8 @@ namespace QXSystem {
 /// size that the source does not know is reported as 0.
 ///
 /// Behind a stream that is itself a wrapper, and unpacks its source perhaps,
-/// position and size are those of the innermost source; else every refill counts as
-/// a full buffer, up to the size.
+/// position and size are those of the innermost source; else every refill counts
+/// as a full buffer, so the last report may lie beyond the size.
 class QXSYSTEM_API qxprogressstream : public QXPlatform::qxiwrapperstream {
 public:
   /// Reads from `stream`, or nothing where that is null, and deletes it at the

@@ -4,6 +4,8 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
+#include <ctime>
 #include <limits>
 #include <random>
 
@@ -328,6 +330,30 @@ TEST(JSON, LimitsTheNestingOfTexts) {
   EXPECT_EQ(Write(Items({one})), tooDeep + "\"n\":" + Document("\"n\":[0]"));
 }
 
+// A search through a long first element, or a long hint, for each of many
+// values takes minutes.
+TEST(JSON, ReadsInTimeInProportionToTheText) {
+  const auto repeat = [](const std::string& text, unsigned times) {
+    std::string all;
+    while (times-- > 0) all += text;
+    return all;
+  };
+  const std::string container = Document("");
+  const std::string texts[] = {
+      "{\"n\":[{" + repeat("\"m\":0,", 40'000) + container.substr(1) +
+          repeat("," + container, 40'000) + "]}",
+      "{\"qxhint\":{\"n\":\"" + std::string(1'000'000, 'k') + "\"}" + repeat(",\"n\":0", 200'000) +
+          "}",
+  };
+  for (const std::string& text : texts) {
+    SCOPED_TRACE(text.substr(0, 20));
+    QXContainer object;
+    const std::clock_t begin = std::clock();
+    EXPECT_TRUE(QXJSONToBase(object, text));
+    EXPECT_LT(std::clock() - begin, 2 * CLOCKS_PER_SEC);
+  }
+}
+
 TEST(JSON, RefusesWhatIsNoJSON) {
   const struct {
     std::string text;
@@ -416,6 +442,11 @@ TEST(JSON, PrintsNumbersAsRapidJSONDoes) {
       values.push_back(value);
   for (double power = 1e-320; power < 1e308; power *= 10)
     values.insert(values.end(), {power, std::nextafter(power, 0), std::nextafter(power, HUGE_VAL)});
+  std::mt19937_64 random(5);
+  for (int i = 0; i < 20000; ++i) {
+    const std::uint64_t bits = random();
+    std::memcpy(&values.emplace_back(), &bits, sizeof bits);
+  }
   rapidjson::StringBuffer buffer;
   Writer writer(buffer);
   writer.StartArray();

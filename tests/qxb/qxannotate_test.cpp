@@ -140,11 +140,21 @@ TEST(QXAnnotation, RoundTripsWithChildrenThreeDeep) {
 
 TEST(QXAnnotation, StoresWhatHasAForm) {
   const QXBinaryIOHandler filled = Filled();
-  const QXAnnotation symbol = QXAnnotateSymbol(nullptr, p, "gone");
-  EXPECT_EQ(Written([&](qxostream& out) { return QXBinaryWrite(out, symbol, filled); }),
-            Counted(Hex("00 8C 'QXAnnotation'"),
-                    Block(Hex("00 84 'type' 01 0C000000 00 85 'color' 06 84 FFFFFFFF"
-                              "00 81 'a' 05 8C 0000803F 00000040 00004040"))));
+  const auto written = [&](const QXAnnotation& annotation) {
+    return Written([&](qxostream& out) { return QXBinaryWrite(out, annotation, filled); });
+  };
+  const std::string group = Hex("00 8C 'QXAnnotation'");
+  EXPECT_EQ(written(QXAnnotateSymbol(nullptr, p, "gone")),
+            Counted(group, Block(Hex("00 84 'type' 01 0C000000 00 85 'color' 06 84 FFFFFFFF"
+                                     "00 81 'a' 05 8C 0000803F 00000040 00004040"))));
+
+  // As a value, here a child, it has a tag of its own.
+  QXAnnotation parent;
+  parent.SetData("0", QXAnnotation().SetType(1));
+  const std::string child = Counted(group, Block(Hex("00 84 'type' 01 01000000")));
+  const std::string value = Counted(Hex("00 92 'QXBaseQXAnnotation'"), Hex("00 81 '0'") + child);
+  EXPECT_EQ(written(parent),
+            Counted(group, Block(Counted(Hex("00 81 '0' 60 00 90 '!HandledQXBTag:0' 51"), value))));
 }
 
 }  // namespace
