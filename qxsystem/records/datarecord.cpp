@@ -57,6 +57,7 @@ std::string QXRecord::GetVersion() {
   return std::string(RecordVersion);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): overriders may change theirs
 void QXRecord::FixChildCache(QXFieldBase) const {}
 
 bool QXRecord::UnloadChildCache() const {

@@ -210,7 +210,8 @@ public:
   void ClearCacheEntry(int index);
 
   /// Turns what is in the caches into bytes and empties them. Pointers to
-  /// children are on their own from then on.
+  /// children are on their own from then on. Objects that are nested too deep to
+  /// have bytes are lost, here and to copies, with a warning.
   void Flush();
 
   // ---- Metadata of the record ----

@@ -228,6 +228,11 @@ TEST(Record, CachesObjects) {
   record.MarkCacheDirty(stringB);
   EXPECT_EQ(ToText(record.GetBytes(stringB)), "two");
 
+  // A field whose type becomes a tail of it keeps the bytes of the object alone.
+  record.AddToCache(user, text);
+  record.AddField(MakeFieldBase("u", "Text"));
+  EXPECT_EQ(record.CheckCache(user) == nullptr ? ToText(record.GetBytes("u")) : "", "two");
+
   // Asked for as a tail of a foreign type, an object is looked at as bytes.
   EXPECT_EQ(record.GetValue(QXField<QXBytes>("b")), QXBytes());
   record.AddToCache(MakeFieldBase("w", "cache:String"), text);
