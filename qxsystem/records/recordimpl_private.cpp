@@ -118,6 +118,7 @@ FieldEntry* QXRecordImpl::SetFieldEntry(const QXFieldBase& field, bool isNull, b
   const bool isKnown = entry.index != 0 && TypeMatches(entry, field);
   if (isKnown && field.metaMatch_) {
     entry.Extras().meta.Merge(field.meta_);
+    holders_.clear();
     entry.isNull = isNull;
     return &entry;
   }
@@ -154,13 +155,23 @@ FieldEntry* QXRecordImpl::SetFieldEntry(const QXFieldBase& field, bool isNull, b
 void QXRecordImpl::RemoveElsewhere(unsigned option, const FieldEntry& entry) {
   const unsigned mask = QXMetadata::QXGetMetaPerRecordMask(option);
   if (mask == 0) return;
-  for (FieldEntry& other : fields) {
-    if (&other == &entry || !other.HasMeta()) continue;
-    QXFieldMeta& held = other.extras->meta;
+  const auto leave = [&](FieldEntry* other) {
+    if (other == nullptr || other == &entry || !other->HasMeta()) return;
+    QXFieldMeta& held = other->extras->meta;
     const std::vector<unsigned> options = held.GetOptions();
     for (const unsigned present : options)
       if ((present & mask) == (option & mask)) held.RemoveOption(present);
+  };
+  const auto known = std::find_if(holders_.begin(), holders_.end(), [&](const auto& holder) {
+    return holder.first == (option & mask);
+  });
+  if (known != holders_.end()) {
+    leave(fields.Find(known->second));
+    known->second = entry.name;
+    return;
   }
+  for (FieldEntry& other : fields) leave(&other);
+  holders_.emplace_back(option & mask, entry.name);
 }
 
 void QXRecordImpl::Erase(const FieldEntry& entry) {
@@ -173,6 +184,7 @@ void QXRecordImpl::Clear() {
   unknown.clear();
   meta.reset();
   mayHaveCaches_ = false;
+  holders_.clear();
   lastIndex_ = 0;
   lastIndexKnown_ = true;
 }

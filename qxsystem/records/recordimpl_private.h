@@ -132,6 +132,10 @@ private:
   std::uint32_t lastIndex_ = 0;  // the highest in use, unless it was freed
   bool lastIndexKnown_ = true;
   bool mayHaveCaches_ = false;  // of values or children, in some field
+
+  // Of options that only one field may have, under their masks, the name of the only
+  // one that may have it. An option that is not here may stand anywhere.
+  std::vector<std::pair<unsigned, std::string>> holders_;
 };
 
 }  // namespace QXDataFlow

@@ -106,6 +106,16 @@ TEST(Record, KeepsOptionsThatOnlyOneFieldMayHave) {
   record.SetValue(QXField<long>("b", Option(FlagsID)), 1);
   EXPECT_EQ(record.GetFieldMeta("a").GetOptions(), std::vector<unsigned>{Hidden});
   EXPECT_TRUE(record.GetFieldMeta("b").HasOption(FlagsID));
+
+  // Back and on to the next, also when the field in between is deleted.
+  record.AddField(QXField<long>("a", Option(FlagsID)));
+  EXPECT_TRUE(record.GetFieldMeta("b").IsEmpty());
+  record.DeleteField(QXField<long>("a"));
+  for (const char* const name : {"c", "b", "d"}) {
+    record.AddField(QXField<long>(name, Option(FlagsID)));
+    for (const QXFieldBase& field : record.GetFields())
+      EXPECT_EQ(field.GetMeta().HasOption(FlagsID), field.GetName() == name) << name;
+  }
 }
 
 TEST(Record, MatchesByMetadata) {
