@@ -170,6 +170,7 @@ TEST(RecordJSON, ReadsWhatItCanOfADocument) {
       {child(R"(,"8":)" + bad), child("") + "[1 true]"},
       {meta(R"(["Flags.ID","nowhere",5,"Units.Length.m","Units.Mass.g"])"),
        meta(R"(["Flags.ID","Units.Mass.g"])") + "[0 true]"},
+      {meta("{}"), none + "[1 true]"},
       {Document(FieldWith("Int", R"(,"nullable":1)")), none + "[1 true]"},
       // Fields get indices in their order; what is no object ends them.
       {Document(R"({"name":"b","type":"a:B","idx":9},{},{"name":"a","type":"a:B","idx":0},1,)" +
@@ -180,13 +181,15 @@ TEST(RecordJSON, ReadsWhatItCanOfADocument) {
   for (const auto& [document, result] : cases) EXPECT_EQ(Read(document), result) << document;
 }
 
-TEST(RecordJSON, LeavesTheRecordAloneIfNothingCanBeParsed) {
+TEST(RecordJSON, ReplacesTheRecordUnlessNothingCanBeParsed) {
   const QXPushSimpleQXThrowTester reports;
   QXRecord record = Holding(5L);
   for (const auto& text : {""s, "[]"s, Document("") + "\0"s, std::string(400 << 10, '[')})
     EXPECT_FALSE(QXRecordFromJSON(record, text));
   EXPECT_EQ(reports.NumMessagesAtLevel(QXErrorLevel::Warning), 4u);
   EXPECT_EQ(QXRecordToJSON(record), Document(Field("Int", "5")));
+  EXPECT_TRUE(QXRecordFromJSON(record, Document("")));
+  EXPECT_EQ(QXRecordToJSON(record), Document(""));
 }
 
 TEST(RecordJSON, LeavesOutWhatIsNoJSONAndWritesZeroForBytesThatAreNoValue) {
