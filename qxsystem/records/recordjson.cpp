@@ -115,9 +115,11 @@ void WriteMeta(Writer& writer, const QXMeta& meta) {
       WriteText(options.Next(), name);
   options.End();
 
-  // Every further value of an id shows as the first once more. That a long one
-  // stands before many short ones must not make a text of any size of a few
-  // bytes; what is left out says nothing new.
+  // Every further value of an id shows as the first once more, for which there is
+  // room for a pair of its own size, and for more in a small text. Beyond that, a
+  // long value before many short ones would make a huge text of a few bytes; what
+  // is left out says nothing new.
+  constexpr std::size_t pairSize = 64;  // name and punctuation
   std::size_t room = 64 * 1024;
   std::map<unsigned, std::string> firsts;
   ArrayWriter attributes(writer, Key::Attributes);
@@ -125,6 +127,7 @@ void WriteMeta(Writer& writer, const QXMeta& meta) {
     const auto [place, isFirst] = firsts.try_emplace(id);
     std::string& text = place->second;
     if (isFirst) text = AttributeText(meta, id);
+    if (!isFirst) room += pairSize + bytes.size();
     if (text.empty() || (!isFirst && text.size() > room)) continue;
     if (!isFirst) room -= text.size();
     attributes.Next().RawValue(text.data(), text.size(), rapidjson::kArrayType);

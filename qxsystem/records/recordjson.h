@@ -39,7 +39,8 @@ QXSYSTEM_API bool QXRecordFromJSON(QXRecord& record, const std::string& text);
 
 /// The options and attributes as a JSON object, those without a name in the
 /// catalogue left out. Of an attribute with several values the first stands in
-/// the place of each, up to 64 KiB of such repetition.
+/// the place of each; only of a first one that is much longer than the others, in
+/// a text beyond 64 KiB, some places are left out.
 QXSYSTEM_API std::string QXFieldMetaToJSON(const QXFieldMeta& meta);
 
 /// Adds what a JSON object says to `meta`, which is cleared first if `clear`: sets
