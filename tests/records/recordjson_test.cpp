@@ -277,12 +277,10 @@ TEST(RecordJSON, StreamsHoldOneRecordALine) {
 
 // Records in one another, by values and by children in turn.
 std::string Nested(unsigned levels) {
-  std::string text = Document("");
-  for (unsigned level = 1; level < levels; ++level)
-    text = Document(level % 2 == 1
-                        ? Field("Record", text)
-                        : FieldWith("Bool", R"(,"child":{"k":)" + text + R"(},"value":true)"));
-  return text;
+  if (levels == 1) return Document("");
+  const std::string inner = Nested(levels - 1);
+  if (levels % 2 == 0) return Document(Field("Record", inner));
+  return Document(FieldWith("Bool", R"(,"child":{"k":)" + inner + R"(},"value":true)"));
 }
 
 void* ConvertNested(void*) {
