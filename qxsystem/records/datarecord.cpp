@@ -57,6 +57,8 @@ std::string QXRecord::GetVersion() {
   return std::string(RecordVersion);
 }
 
+// Derived classes may want to change theirs.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 void QXRecord::FixChildCache(QXFieldBase) const {}
 
 bool QXRecord::UnloadChildren() const {
