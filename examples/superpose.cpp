@@ -3,6 +3,7 @@
 //
 //   superpose reference.pdb models.pdb
 //   superpose -weights mass -out moved.xyz reference.xyz models.pdb
+//   superpose -transforms motions.records reference.pdb models.pdb
 
 #include <cmath>
 #include <string>
@@ -16,6 +17,8 @@
 #include <qxsystem/numerics/regrotation.h>
 #include <qxsystem/platform/istream.h>
 #include <qxsystem/platform/ostream.h>
+#include <qxsystem/records/datarecord.h>
+#include <qxsystem/records/recordio.h>
 #include <qxsystem/util/progressstream.h>
 #include <qxsystem/util/qxstring.h>
 
@@ -57,6 +60,10 @@ constexpr const char* kInterface = R"(
   !LEGAL_VALUE mass
   !DEFAULT none
   !BRIEF What an atom counts: all the same, or by the mass of its element
+!END
+!PARAMETER -transforms 5
+  !TYPE string
+  !BRIEF Write the motions to this file, as a stream of records
 !END
 !PARAMETER -status 6
   !TYPE string
@@ -126,6 +133,31 @@ void AppendXyz(std::string& text, const Model& model, const std::string& comment
   }
 }
 
+// What became of a model, as records: row-major rotation R and translation t of
+// the motion x -> R x + t.
+void AppendRecord(qxostream& out, unsigned model, double before, double after,
+                  const std::string& route, const double (&rot)[9], const double (&trans)[3]) {
+  using namespace QXDataFlow;
+  static const auto length = QXFieldMeta().SetOption(QXMeta::GetValue("Units.Length.Ang"));
+  static const auto id = QXFieldMeta().SetOption(QXMeta::GetValue("Flags.ID"));
+  QXRecord record;
+  record.SetValue(QXField<long>("Model", id), static_cast<long>(model));
+  record.SetValue(QXField<double>("RMS before", length), before);
+  record.SetValue(QXField<double>("RMS after", length), after);
+  record.SetValue(QXField<std::string>("Route"), route);
+  record.SetValue(QXVectorField<double>("Rotation"), std::vector<double>(rot, rot + 9));
+  record.SetValue(QXVectorField<double>("Translation", length),
+                  std::vector<double>(trans, trans + 3));
+  QXWriteRecord(out, record, "binary");
+}
+
+void WriteFile(const std::string& name, const void* bytes, std::size_t size) {
+  if (name.empty()) return;
+  qxofstream out(name);
+  out.write(static_cast<const unsigned char*>(bytes), size);
+  if (!out.close()) Fail(name + ": cannot be written");
+}
+
 template <class T>
 T Setting(const QXInterface& itf, const char* key) {
   T value = T();
@@ -163,6 +195,7 @@ int main(int argc, char** argv) {
 
   // Nothing is written before all has been read.
   std::string table = "model  RMS before   RMS after  route\n", moved;
+  qxosstream motions;
   unsigned count = 0;
   while (ReadModel(fitReader, fitName, model)) {
     ++count;
@@ -176,17 +209,16 @@ int main(int argc, char** argv) {
     double rot[9], trans[3];
     const double after = QXMath::QXQCPRMSBetweenWeightedPoints(
         reference.coordinates.data(), model.coordinates.data(), weights, atoms, rot, trans);
-    table += QXMakeString("%5u  %10.4f  %10.4f  %s\n", count, before, after, watcher->Take());
+    const std::string route = watcher->Take();
+    table += QXMakeString("%5u  %10.4f  %10.4f  %s\n", count, before, after, route.c_str());
+    AppendRecord(motions, count, before, after, route, rot, trans);
     QXMath::QXGeom3DRotate(model.coordinates.data(), rot, atoms);
     for (std::size_t i = 0; i < model.coordinates.size(); ++i) model.coordinates[i] += trans[i % 3];
     AppendXyz(moved, model, QXMakeString("model %u, RMS %.4f", count, after));
   }
   tracer.Pop();
   if (count == 0) Fail(fitName + ": no atoms");
-  if (!outName.empty()) {
-    qxofstream out(outName);
-    out << moved;
-    if (!out.close()) Fail(outName + ": cannot be written");
-  }
+  WriteFile(outName, moved.data(), moved.size());
+  WriteFile(Setting<std::string>(itf, "-transforms"), motions.data(), motions.size());
   qxout << table;
 }

@@ -38,11 +38,11 @@ QXRecordImpl& QXRecord::Impl() const {
 // nested too deep to be turned into bytes; the copy then lacks them.
 bool QXRecord::CopyFrom(const QXRecord& other) {
   const QXSystem::QXNestingScope level;
-  bool isWhole = level && other.UnloadChildren();
+  bool isWhole = level && other.UnloadChildCache();
   std::unique_ptr<QXRecordImpl> copy;
   if (other.impl_) {
     copy = std::make_unique<QXRecordImpl>(*other.impl_);
-    isWhole = level && copy->UnloadValues() && isWhole;
+    isWhole = level && copy->UnloadCache() && isWhole;
     copy->DropCaches();
   }
   impl_ = std::move(copy);
@@ -57,22 +57,21 @@ std::string QXRecord::GetVersion() {
   return std::string(RecordVersion);
 }
 
-// Derived classes may want to change theirs.
-// NOLINTNEXTLINE(performance-unnecessary-value-param)
+// NOLINTNEXTLINE(performance-unnecessary-value-param): overriders may change theirs
 void QXRecord::FixChildCache(QXFieldBase) const {}
 
-bool QXRecord::UnloadChildren() const {
+bool QXRecord::UnloadChildCache() const {
   if (!impl_) return true;
   // The fields are made only for those who may look at them.
   if (typeid(*this) != typeid(QXRecord))
     for (const QXFieldBase& field : GetFields()) FixChildCache(field);
-  return impl_->UnloadChildren();
+  return impl_->UnloadChildCache();
 }
 
 // ---- Fields ----
 
 bool QXRecord::AddField(const QXFieldBase& field) {
-  return Impl().SetField(field, /*isNull=*/false, /*freeIndex=*/true) != nullptr;
+  return Impl().SetFieldEntry(field, /*isNull=*/false, /*freeIndex=*/true) != nullptr;
 }
 
 bool QXRecord::DeleteField(const QXFieldBase& field) {
@@ -159,7 +158,7 @@ const T* CachedObject(const FieldEntry& entry, const QXFieldBase& field) {
 // Calls `decode` with the bytes of a value. False if there are none, or it does.
 template <class Decode>
 bool DecodeBytes(FieldEntry& entry, Decode decode) {
-  return QXRecordImpl::UnloadValue(entry) && entry.hasBytes &&
+  return QXRecordImpl::UnloadCache(entry) && entry.hasBytes &&
          decode(entry.value.Data(), entry.value.Size());
 }
 
@@ -167,7 +166,7 @@ bool DecodeBytes(FieldEntry& entry, Decode decode) {
 template <class Store>
 bool SetEncoded(QXRecordImpl& impl, const QXFieldBase& field, std::size_t size, Store store) {
   if (field.IsReadonly()) return false;
-  FieldEntry* entry = impl.SetField(field, /*isNull=*/false);
+  FieldEntry* entry = impl.SetFieldEntry(field, /*isNull=*/false);
   if (entry == nullptr) return false;
   store(entry->value.Set(size));
   entry->hasBytes = true;
@@ -375,7 +374,7 @@ bool QXRecord::SetBytes(const QXFieldBase& field, const QXBytes& bytes) {
 bool QXRecord::SetBytes(const QXFieldBase& field, const std::optional<QXBytes>& bytes) {
   if (bytes) return SetBytes(field, *bytes);
   if (field.IsReadonly()) return false;
-  FieldEntry* entry = Impl().SetField(field, /*isNull=*/true);
+  FieldEntry* entry = Impl().SetFieldEntry(field, /*isNull=*/true);
   if (entry == nullptr) return false;
   entry->DropCache();
   return true;
@@ -396,7 +395,7 @@ void QXRecord::CacheOnRead(const QXFieldBase& field, std::shared_ptr<void> objec
 
 bool QXRecord::AddToCache(const QXFieldBase& field, std::shared_ptr<void> object) {
   if (field.IsReadonly()) return false;
-  FieldEntry* entry = Impl().SetField(field, /*isNull=*/false, /*freeIndex=*/true);
+  FieldEntry* entry = Impl().SetFieldEntry(field, /*isNull=*/false, /*freeIndex=*/true);
   if (entry != nullptr) impl_->SetCache(*entry, std::move(object), /*isClean=*/false);
   return entry != nullptr;
 }
@@ -404,7 +403,7 @@ bool QXRecord::AddToCache(const QXFieldBase& field, std::shared_ptr<void> object
 void QXRecord::MarkCacheDirty(const QXFieldBase& field, bool addField) {
   FieldEntry* entry = Impl().Find(field);
   if (entry != nullptr && entry->isCached) entry->isClean = false;
-  if (addField) impl_->SetField(field, /*isNull=*/false);
+  if (addField) impl_->SetFieldEntry(field, /*isNull=*/false);
 }
 
 void QXRecord::ClearCacheEntry(int index) {
@@ -414,8 +413,8 @@ void QXRecord::ClearCacheEntry(int index) {
 
 void QXRecord::Flush() {
   if (!impl_) return;
-  UnloadChildren();
-  impl_->UnloadValues();
+  UnloadChildCache();
+  impl_->UnloadCache();
   impl_->DropCaches();
 }
 
@@ -444,7 +443,7 @@ namespace {
 // The decoded children of a field; null for a field that is not there.
 ChildCache* LoadedChildren(QXRecordImpl& impl, const QXFieldBase& field) {
   FieldEntry* entry = impl.Find(field);
-  return entry != nullptr ? &impl.LoadChildren(*entry) : nullptr;
+  return entry != nullptr ? &impl.LoadChildCache(*entry) : nullptr;
 }
 
 }  // namespace
@@ -495,7 +494,7 @@ bool QXRecord::AddChildRecord(const QXFieldBase& field, const std::string& key,
   if (entry == nullptr) return false;
   const bool isDecoded = !entry->HasChildren() || entry->extras->childCache;
   if (isDecoded && !record.IsEmpty() && record.GetSourceID().empty()) {
-    impl_->LoadChildren(*entry)[key] = std::make_shared<QXRecord>(record);
+    impl_->LoadChildCache(*entry)[key] = std::make_shared<QXRecord>(record);
     return true;
   }
   auto all = GetChildRecords(field);
@@ -528,7 +527,7 @@ bool QXRecord::DeleteChildRecords(const QXFieldBase& field) {
 QXBytes QXRecord::GetChildBytes(const QXFieldBase& field) const {
   FixChildCache(field);
   FieldEntry* entry = Impl().Find(field);
-  if (entry == nullptr || !QXRecordImpl::UnloadChildren(*entry)) return {};
+  if (entry == nullptr || !QXRecordImpl::UnloadChildCache(*entry)) return {};
   return entry->extras ? entry->extras->children : QXBytes();
 }
 
@@ -559,7 +558,7 @@ void QXRecord::ToBytes(QXBytes& bytes) const {
 bool QXRecord::Unload() const {
   if (!impl_) return true;
   const QXSystem::QXNestingScope level;
-  return level && UnloadChildren() && impl_->UnloadValues();
+  return level && UnloadChildCache() && impl_->UnloadCache();
 }
 
 bool QXRecord::FromBytes(const unsigned char* bytes, std::size_t size) {

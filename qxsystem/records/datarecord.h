@@ -210,7 +210,8 @@ public:
   void ClearCacheEntry(int index);
 
   /// Turns what is in the caches into bytes and empties them. Pointers to
-  /// children are on their own from then on.
+  /// children are on their own from then on. Objects that are nested too deep to
+  /// have bytes are lost, here and to copies, with a warning.
   void Flush();
 
   // ---- Metadata of the record ----
@@ -285,7 +286,7 @@ private:
   QXRecordImpl& Impl() const;
   bool CopyFrom(const QXRecord& other);
   void DropSourceID();
-  bool UnloadChildren() const;
+  bool UnloadChildCache() const;
   bool Unload() const;
 
   mutable std::unique_ptr<QXRecordImpl> impl_;  // null while the record has nothing in it

@@ -112,12 +112,13 @@ FieldEntry* QXRecordImpl::Find(const QXFieldBase& field) {
   return entry != nullptr && TypeMatches(*entry, field) ? entry : nullptr;
 }
 
-FieldEntry* QXRecordImpl::SetField(const QXFieldBase& field, bool isNull, bool freeIndex) {
+FieldEntry* QXRecordImpl::SetFieldEntry(const QXFieldBase& field, bool isNull, bool freeIndex) {
   FieldEntry* found = field.metaMatch_ ? Resolve(field) : nullptr;
   FieldEntry& entry = found != nullptr ? *found : fields.Add(field.name_);
   const bool isKnown = entry.index != 0 && TypeMatches(entry, field);
   if (isKnown && field.metaMatch_) {
     entry.Extras().meta.Merge(field.meta_);
+    holders_.clear();
     entry.isNull = isNull;
     return &entry;
   }
@@ -138,7 +139,7 @@ FieldEntry* QXRecordImpl::SetField(const QXFieldBase& field, bool isNull, bool f
   if (!field.typeNamespace_.empty() || !IsSameText(entry.type, field.type_)) {
     // An object is of the type that the entry had when it came into the cache.
     if (entry.type != field.GetTypeName()) {
-      UnloadValue(entry);
+      UnloadCache(entry);
       entry.DropCache();
     }
     fields.SetType(entry, field.typeNamespace_, field.type_);
@@ -154,13 +155,23 @@ FieldEntry* QXRecordImpl::SetField(const QXFieldBase& field, bool isNull, bool f
 void QXRecordImpl::RemoveElsewhere(unsigned option, const FieldEntry& entry) {
   const unsigned mask = QXMetadata::QXGetMetaPerRecordMask(option);
   if (mask == 0) return;
-  for (FieldEntry& other : fields) {
-    if (&other == &entry || !other.HasMeta()) continue;
-    QXFieldMeta& held = other.extras->meta;
+  const auto leave = [&](FieldEntry* other) {
+    if (other == nullptr || other == &entry || !other->HasMeta()) return;
+    QXFieldMeta& held = other->extras->meta;
     const std::vector<unsigned> options = held.GetOptions();
     for (const unsigned present : options)
       if ((present & mask) == (option & mask)) held.RemoveOption(present);
+  };
+  const auto known = std::find_if(holders_.begin(), holders_.end(), [&](const auto& holder) {
+    return holder.first == (option & mask);
+  });
+  if (known != holders_.end()) {
+    leave(fields.Find(known->second));
+    known->second = entry.name;
+    return;
   }
+  for (FieldEntry& other : fields) leave(&other);
+  holders_.emplace_back(option & mask, entry.name);
 }
 
 void QXRecordImpl::Erase(const FieldEntry& entry) {
@@ -173,6 +184,7 @@ void QXRecordImpl::Clear() {
   unknown.clear();
   meta.reset();
   mayHaveCaches_ = false;
+  holders_.clear();
   lastIndex_ = 0;
   lastIndexKnown_ = true;
 }
@@ -215,7 +227,7 @@ void QXRecordImpl::SetCache(FieldEntry& entry, std::shared_ptr<void> object, boo
   mayHaveCaches_ = true;
 }
 
-bool QXRecordImpl::UnloadValue(FieldEntry& entry) {
+bool QXRecordImpl::UnloadCache(FieldEntry& entry) {
   if (!entry.isCached || entry.isClean || !entry.object) return true;
   const QXFieldTypeHandler* handler = FindHandler(entry.type);
   if (handler == nullptr) return true;
@@ -231,10 +243,10 @@ bool QXRecordImpl::UnloadValue(FieldEntry& entry) {
   return true;
 }
 
-bool QXRecordImpl::UnloadValues() {
+bool QXRecordImpl::UnloadCache() {
   bool isDone = true;
   if (mayHaveCaches_)
-    for (FieldEntry& entry : fields) isDone = UnloadValue(entry) && isDone;
+    for (FieldEntry& entry : fields) isDone = UnloadCache(entry) && isDone;
   return isDone;
 }
 
@@ -289,7 +301,7 @@ std::map<std::string, QXRecord> ReadChildren(const QXBytes& bytes) {
   return children;
 }
 
-ChildCache& QXRecordImpl::LoadChildren(FieldEntry& entry) {
+ChildCache& QXRecordImpl::LoadChildCache(FieldEntry& entry) {
   FieldExtras& extras = entry.Extras();
   if (extras.childCache) return *extras.childCache;
   extras.childCache = std::make_unique<ChildCache>();
@@ -301,7 +313,7 @@ ChildCache& QXRecordImpl::LoadChildren(FieldEntry& entry) {
   return *extras.childCache;
 }
 
-bool QXRecordImpl::UnloadChildren(FieldEntry& entry) {
+bool QXRecordImpl::UnloadChildCache(FieldEntry& entry) {
   if (!entry.extras || !entry.extras->childCache) return true;
   ChildrenBytes bytes;
   for (const auto& [key, child] : *entry.extras->childCache) {
@@ -315,10 +327,10 @@ bool QXRecordImpl::UnloadChildren(FieldEntry& entry) {
   return true;
 }
 
-bool QXRecordImpl::UnloadChildren() {
+bool QXRecordImpl::UnloadChildCache() {
   bool isDone = true;
   if (mayHaveCaches_)
-    for (FieldEntry& entry : fields) isDone = UnloadChildren(entry) && isDone;
+    for (FieldEntry& entry : fields) isDone = UnloadChildCache(entry) && isDone;
   return isDone;
 }
 

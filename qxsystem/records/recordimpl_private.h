@@ -68,7 +68,7 @@ public:
   /// Stores what `field` says, in the entry it asks for or a new one. An entry
   /// of another type loses all that it had, with `freeIndex` before the new index
   /// is chosen. Null when no index is left.
-  FieldEntry* SetField(const QXFieldBase& field, bool isNull, bool freeIndex = false);
+  FieldEntry* SetFieldEntry(const QXFieldBase& field, bool isNull, bool freeIndex = false);
 
   void Erase(const FieldEntry& entry);
   void Clear();
@@ -89,8 +89,8 @@ public:
 
   /// Turns the object in the cache into bytes, if it was changed. False for
   /// records that are nested too deep to have any.
-  static bool UnloadValue(FieldEntry& entry);
-  bool UnloadValues();
+  static bool UnloadCache(FieldEntry& entry);
+  bool UnloadCache();
 
   /// Empties all caches, of values and of children, whatever is in them.
   void DropCaches();
@@ -98,12 +98,12 @@ public:
   // ---- Children ----
 
   /// Decodes the children of a field, unless they are.
-  ChildCache& LoadChildren(FieldEntry& entry);
+  ChildCache& LoadChildCache(FieldEntry& entry);
 
   /// Turns decoded children into bytes, those without fields left out. False
   /// for children that are nested too deep to have any.
-  static bool UnloadChildren(FieldEntry& entry);
-  bool UnloadChildren();
+  static bool UnloadChildCache(FieldEntry& entry);
+  bool UnloadChildCache();
 
   // ---- The byte format ----
 
@@ -132,6 +132,10 @@ private:
   std::uint32_t lastIndex_ = 0;  // the highest in use, unless it was freed
   bool lastIndexKnown_ = true;
   bool mayHaveCaches_ = false;  // of values or children, in some field
+
+  // Of options that only one field may have, under their masks, the name of the only
+  // one that may have it. An option that is not here may stand anywhere.
+  std::vector<std::pair<unsigned, std::string>> holders_;
 };
 
 }  // namespace QXDataFlow

@@ -100,7 +100,7 @@ std::string AttributeText(const QXMeta& meta, unsigned id) {
   if (QXMetadata::TakesAttribute<std::string>(id))
     WriteText(writer, meta.GetStrAttribute(id));
   else if (QXMetadata::TakesAttribute<double>(id))
-    writer.Double(meta.GetFloatAttribute(id));
+    QXSystem::WriteDouble(writer, meta.GetFloatAttribute(id));
   else
     writer.Int(meta.GetIntAttribute(id));
   writer.EndArray();
@@ -174,7 +174,8 @@ bool Put(Writer& writer, long value) {
   return writer.Int64(value);
 }
 bool Put(Writer& writer, double value) {
-  return writer.Double(value);
+  QXSystem::WriteDouble(writer, value);
+  return true;
 }
 bool Put(Writer& writer, bool value) {
   return writer.Bool(value);
@@ -189,10 +190,10 @@ bool Put(Writer& writer, const QXBytes& value) {
 bool Put(Writer& writer, const QXRange& value) {
   const bool low = !value.IsUnboundedLow(), high = !value.IsUnboundedHigh();
   writer.StartArray();
-  low ? writer.Double(value.GetLow()) : writer.Null();
-  high ? writer.Double(value.GetHigh()) : writer.Null();
-  writer.Double(low == high ? 0.0 : high ? 1.0 : -1.0);
-  writer.Double(value.GetInclusivity());
+  low ? Put(writer, value.GetLow()) : writer.Null();
+  high ? Put(writer, value.GetHigh()) : writer.Null();
+  Put(writer, low == high ? 0.0 : high ? 1.0 : -1.0);
+  Put(writer, static_cast<double>(value.GetInclusivity()));
   return writer.EndArray();
 }
 bool Put(Writer& writer, QXRecord& value) {

@@ -3,10 +3,7 @@
 #include <string>
 #include <vector>
 
-#include <qxsystem/core/base.h>
-#include <qxsystem/core/error.h>
-#include <qxsystem/core/iter.h>
-#include <qxsystem/platform/ostream.h>
+#include <qxsystem/qxsystem.h>
 
 int main() {
   QXSystem::QXContainer molecule;

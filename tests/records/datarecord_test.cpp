@@ -106,6 +106,16 @@ TEST(Record, KeepsOptionsThatOnlyOneFieldMayHave) {
   record.SetValue(QXField<long>("b", Option(FlagsID)), 1);
   EXPECT_EQ(record.GetFieldMeta("a").GetOptions(), std::vector<unsigned>{Hidden});
   EXPECT_TRUE(record.GetFieldMeta("b").HasOption(FlagsID));
+
+  // Back and on to the next, also when the field in between is deleted.
+  record.AddField(QXField<long>("a", Option(FlagsID)));
+  EXPECT_TRUE(record.GetFieldMeta("b").IsEmpty());
+  record.DeleteField(QXField<long>("a"));
+  for (const char* const name : {"c", "b", "d"}) {
+    record.AddField(QXField<long>(name, Option(FlagsID)));
+    for (const QXFieldBase& field : record.GetFields())
+      EXPECT_EQ(field.GetMeta().HasOption(FlagsID), field.GetName() == name) << name;
+  }
 }
 
 TEST(Record, MatchesByMetadata) {
@@ -227,6 +237,11 @@ TEST(Record, CachesObjects) {
   EXPECT_EQ(ToText(record.GetBytes(stringB)), "one");
   record.MarkCacheDirty(stringB);
   EXPECT_EQ(ToText(record.GetBytes(stringB)), "two");
+
+  // A field whose type becomes a tail of it keeps the bytes of the object alone.
+  record.AddToCache(user, text);
+  record.AddField(MakeFieldBase("u", "Text"));
+  EXPECT_EQ(record.CheckCache(user) == nullptr ? ToText(record.GetBytes("u")) : "", "two");
 
   // Asked for as a tail of a foreign type, an object is looked at as bytes.
   EXPECT_EQ(record.GetValue(QXField<QXBytes>("b")), QXBytes());

@@ -108,12 +108,14 @@ TEST(RecordBuffer, TellsTheNoneFloatFromOtherNaNs) {
 TEST(RecordBuffer, ReadsPrefixesThatAreNoIntegersAsNone) {
   for (const char* const prefix : {"80", "89", "FF"}) {
     const QXBytes bytes = Bytes(std::string(prefix) + "05");
-    QXReadBuffer in(bytes), cut(bytes);
+    QXReadBuffer in(bytes), cut(bytes), text(bytes);
     bool isNone = false;
     EXPECT_EQ(in.ReadInt(isNone), 0);
     EXPECT_TRUE(isNone);
     EXPECT_EQ(in.ReadInt(), 5);
-    EXPECT_EQ(cut.ReadRawBytes<long>().size(), *prefix == '8' && prefix[1] == '0' ? 1u : 0u);
+    const std::size_t raw = *prefix == '8' && prefix[1] == '0' ? 1 : 0;
+    EXPECT_EQ(cut.ReadRawBytes<long>().size(), raw);
+    EXPECT_EQ(text.ReadRawBytes<std::string>().size(), raw);  // its length is such an integer
   }
 }
 

@@ -186,9 +186,7 @@ TEST(RecordJSON, LeavesTheRecordAloneIfNothingCanBeParsed) {
   for (const auto& text : {""s, "[]"s, Document("") + "\0"s, std::string(400 << 10, '[')})
     EXPECT_FALSE(QXRecordFromJSON(record, text));
   EXPECT_EQ(reports.NumMessagesAtLevel(QXErrorLevel::Warning), 4u);
-  EXPECT_EQ(record.GetValue(QXField<long>("f")), 5);
-  EXPECT_FALSE(QXRecordFromJSON(record, "{}"));
-  EXPECT_TRUE(record.IsEmpty());
+  EXPECT_EQ(QXRecordToJSON(record), Document(Field("Int", "5")));
 }
 
 TEST(RecordJSON, LeavesOutWhatIsNoJSONAndWritesZeroForBytesThatAreNoValue) {
@@ -234,19 +232,17 @@ TEST(RecordJSON, ShowsMetadataByTheNamesOfTheCatalogue) {
 
   const QXPushSimpleQXThrowTester reports;
   QXFieldMeta read;
-  read.SetAttribute(author, "c"s).SetAttribute(QXMeta::GetValue("Source.ID"), "d"s);
+  read.SetAttribute(author, "c"s).SetOption(QXMeta::GetValue("Flags.Range"));
   EXPECT_TRUE(QXFieldMetaFromJSON(read, text, /*clear=*/false));
-  EXPECT_EQ(read.GetAttributes().size(), 4u);
+  EXPECT_EQ(read.GetOptions().size(), 2u);
   EXPECT_TRUE(read.HasAttribute(author, "a"s) && read.HasAttribute(lower, -0.5) &&
-              read.HasAttribute(priority, -7));
-  EXPECT_FALSE(QXFieldMetaFromJSON(read, R"({"options":["Flags::Range"],"attributes":5})",
-                                   /*clear=*/true));
-  EXPECT_TRUE(QXFieldMetaFromJSON(
-      read, R"({"attributes":[5,[],["Limits.Lower","5"],["Limits.Upper",5],["Flags.ID",1]]})",
-      /*clear=*/false));
+              read.HasAttribute(priority, -7) && read.GetAttributes().size() == 3);
+  const std::string odd =
+      R"({"options":["Units::Mass.g"],"attributes":[5,[],["Limits.Lower","5"],["Flags.ID",1]]})";
+  EXPECT_TRUE(QXFieldMetaFromJSON(read, odd, /*clear=*/true));
+  EXPECT_FALSE(QXFieldMetaFromJSON(read, R"({"attributes":{}})", /*clear=*/false));
   EXPECT_FALSE(QXFieldMetaFromJSON(read, "[]", /*clear=*/true));
-  EXPECT_EQ(QXFieldMetaToJSON(read),
-            R"({"options":["Flags.Range"],"attributes":[["Limits.Upper",5.0]]})");
+  EXPECT_EQ(QXFieldMetaToJSON(read), R"({"options":["Units.Mass.g"]})");
 
   // A long value in front of many others is not shown in the place of each.
   std::vector<QXMeta::Attribute> many(10000, {author, QXBytes{0}});
@@ -267,46 +263,34 @@ TEST(RecordJSON, StreamsHoldOneRecordALine) {
   EXPECT_EQ(out.str(), Document(Field("JSONObject", "{  }")) + "\n" +
                            Document(Field("String", R"("a\nb")")) + "\n");
   QXPlatform::qxisstream in(out.str());
-  std::string read;
-  for (QXRecord record; QXReadRecord(record, in, "json");) read += QXRecordToJSON(record) + "\n";
-  EXPECT_EQ(read.size() + 2, out.str().size());  // the blanks of the object
+  QXRecord record;
+  for (unsigned records = 0; QXReadRecord(record, in, "json"); ++records) EXPECT_LT(records, 2u);
+  EXPECT_EQ(record.GetValue(QXField<std::string>("f")), "a\nb");
   EXPECT_EQ(reports.NumMessages(), 0u);
 }
 
 // Records in one another, by values and by children in turn.
-QXRecord Nested(unsigned levels) {
-  QXRecord record = Holding(7L);
-  for (unsigned level = 1; level < levels; ++level) {
-    QXRecord outer;
-    if (level % 2 == 1) {
-      outer.SetBytes(QXField<QXRecord>("f"), record.ToBytes());
-    } else {
-      outer.AddField(QXField<bool>("f"));
-      outer.SetChildren(QXField<bool>("f"), {{"key", record}});
-    }
-    record = outer;
-  }
-  return record;
+std::string Nested(unsigned levels) {
+  std::string text = Document("");
+  for (unsigned level = 1; level < levels; ++level)
+    text = Document(level % 2 == 1
+                        ? Field("Record", text)
+                        : FieldWith("Bool", R"(,"child":{"k":)" + text + R"(},"value":true)"));
+  return text;
 }
 
 void* ConvertNested(void*) {
   const QXPushSimpleQXThrowTester reports;
-  const std::string text = QXRecordToJSON(Nested(128));
-  QXRecord read;
-  EXPECT_TRUE(QXRecordFromJSON(read, text));
-  EXPECT_EQ(QXRecordToJSON(read), text);
-  EXPECT_NE(text.find("7"), text.npos);
+  QXRecord read, outer;
+  EXPECT_TRUE(QXRecordFromJSON(read, Nested(128)));
+  EXPECT_EQ(QXRecordToJSON(read), Nested(128));
   EXPECT_EQ(reports.NumMessages(), 0u);
-
-  EXPECT_EQ(QXRecordToJSON(Nested(129)), "");
-  EXPECT_EQ(reports.NumMessagesAtLevel(QXErrorLevel::Warning), 1u);
-  // The innermost of 129 records, in the 128th, cannot be read.
-  std::string deep = text;
-  const std::string innermost = Field("Int", "7");
-  deep.replace(deep.find(innermost), innermost.size(), Field("Record", Document(innermost)));
-  EXPECT_TRUE(QXRecordFromJSON(read, deep));
+  outer.SetBytes(QXField<QXRecord>("f"), read.ToBytes());
+  EXPECT_EQ(QXRecordToJSON(outer), "");
+  // The innermost of 129 is left out with its field.
+  EXPECT_TRUE(QXRecordFromJSON(read, Nested(129)));
+  EXPECT_EQ(QXRecordToJSON(read).size() + Field("Record", Document("")).size(), Nested(129).size());
   EXPECT_EQ(reports.NumMessagesAtLevel(QXErrorLevel::Warning), 2u);
-  EXPECT_EQ(QXRecordToJSON(read).size(), text.size() - innermost.size());
   return nullptr;
 }
 

@@ -87,14 +87,15 @@ public:
 
   void operator()(unsigned number) const {
     for (unsigned i = 0; i < 500; ++i) {
+      const unsigned title = QXGetTag("title " + std::to_string(i));
       QXContainer written, read;
-      written.SetData<std::string>("title " + std::to_string(i), std::to_string(number));
+      written.SetData<std::string>(title, std::to_string(number));
       qxosstream out;
       ASSERT_TRUE(QXBinaryWrite<QXBase>(out, written, handler_));
       qxisstream in;
       in.set(out.data(), out.size(), /*copy=*/true);
       ASSERT_EQ(QXBinaryRead(in, read, handler_), QXBReturn::Success);
-      ASSERT_EQ(read.GetData<std::string>("title " + std::to_string(i)), std::to_string(number));
+      ASSERT_EQ(read.GetData<std::string>(title), std::to_string(number));
     }
   }
 
