@@ -29,7 +29,8 @@
 #include <qxsystem/util/progressstream.h>
 #include <qxsystem/util/qxstring.h>
 
-#include "progress.h"
+#include "elements.h"
+#include "program.h"
 #include "structure.h"
 
 using namespace QXPlatform;
@@ -93,11 +94,6 @@ using Grid = QXFixedGrid<float>;
 using MultiGrid = QXFixedMultiGrid<float>;
 using Point = std::array<double, 3>;
 
-[[noreturn]] void Fail(const std::string& what) {
-  QXThrow.Fatal(what);
-  std::abort();  // not reached
-}
-
 std::string Symbol(unsigned element) {
   return element > 0 ? std::string(GetElement(element).symbol) : "?";
 }
@@ -113,13 +109,6 @@ Model ReadFirst(const std::string& name) {
     QXThrow.Warning("%s: %ld atoms of unknown elements have no electrons here", name.c_str(),
                     static_cast<long>(unknown));
   return model;
-}
-
-template <class T>
-T Setting(const QXInterface& itf, const char* key) {
-  T value{};
-  QXGetSetting(itf, key, value);
-  return value;
 }
 
 // Beyond so many standard deviations a Gaussian is cut off: what is lost of it is
@@ -310,7 +299,9 @@ void Run(const QXInterface& itf) {
   Progress progress(Setting<std::string>(itf, "-status"));
   QXTracerBase& tracer = progress;
   const auto inName = Setting<std::string>(itf, "-in"), outName = Setting<std::string>(itf, "-out");
+  const auto qxbName = Setting<std::string>(itf, "-qxb");
   if (inName == outName) Fail("-in and -out name the same file");
+  if (qxbName == inName || qxbName == outName) Fail("-qxb names the same file as -in or -out");
   const auto sigma = Setting<double>(itf, "-sigma");
   const Model model = ReadFirst(inName);
   const Groups groups(model, Setting<bool>(itf, "-split"));
@@ -321,7 +312,7 @@ void Run(const QXInterface& itf) {
   grid.SetTitle(QXFileDetermineName(inName));
   for (unsigned g = 0; g < groups.Count(); ++g) grid.GetGrid(g)->SetTitle(groups.Title(g));
   Spread(grid, model, groups, sigma, tracer);
-  WriteFiles(grid, outName, Setting<std::string>(itf, "-qxb"));
+  WriteFiles(grid, outName, qxbName);
   ReadBack(grid, outName, tracer);
 
   qxout << QXMakeString("%zu atoms on %u x %u x %u points, %g apart, around %.2f %.2f %.2f\n",

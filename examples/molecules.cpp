@@ -1,7 +1,6 @@
 #include "molecules.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <utility>
 
 #include <qxsystem/core/error.h>
@@ -9,13 +8,10 @@
 #include <qxsystem/qxb/qxbrfxn.h>
 #include <qxsystem/qxb/qxbwfxn.h>
 
+#include "program.h"
+
 using namespace QXPlatform;
 using namespace QXSystem;
-
-void Fail(const std::string& what) {
-  QXThrow.Fatal(what);
-  std::abort();  // not reached
-}
 
 unsigned CountItems(const QXBase& object) {
   unsigned count = 0;

@@ -26,9 +26,6 @@ inline constexpr const char* kRadiusOfGyration = "Molecule.RadiusOfGyration";
 inline constexpr const char* kMolecule = "QXBasePOD";
 inline constexpr const char* kHeader = "Header";
 
-/// Ends the program with a message and status 1.
-[[noreturn]] void Fail(const std::string& what);
-
 unsigned CountItems(const QXSystem::QXBase& object);
 
 /// Prints program, version and command line of a header and of those that it has

@@ -22,6 +22,7 @@
 #include <qxsystem/qxb/qxbhand.h>
 
 #include "molecules.h"
+#include "program.h"
 
 using namespace QXSystem;
 
@@ -79,18 +80,12 @@ public:
     return false;
   }
 
-  int GetMinAtoms() const {
-    int least = 0;
-    QXGetSetting(*this, "-minatoms", least);
-    return least;
-  }
+  int GetMinAtoms() const { return Setting<int>(*this, "-minatoms"); }
 
   bool Wants(const QXBase& molecule) const {
     const auto atoms =
         static_cast<int>(molecule.GetData<std::vector<unsigned char>>(kElements).size());
-    int most = atoms;
-    QXGetSetting(*this, "-maxatoms", most);
-    if (atoms < GetMinAtoms() || atoms > most) return false;
+    if (atoms < GetMinAtoms() || atoms > Setting(*this, "-maxatoms", atoms)) return false;
     std::string field;
     for (unsigned i = 0; QXGetSetting(*this, "-has", field, i); ++i)
       if (!molecule.HasData(field.c_str())) return false;
@@ -118,6 +113,9 @@ public:
     parts.SetBrief("The parts of a molecule to keep");
     QXAddDetails(&parts, &Parts());
     AddParameter(parts);
+    QXStringParameter status("-status");
+    status.SetBrief("Keep a file that tells how far the program is");
+    AddParameter(status);
     AddOption(SelectionOptions());
   }
   FilterOptions* CreateCopy() const override { return new FilterOptions(*this); }
@@ -126,17 +124,9 @@ public:
     return GetSelection().Validate() && Parts().IsValid(GetText("-parts"));
   }
 
-  std::string GetText(const std::string& key) const {
-    std::string text;
-    QXGetSetting(*this, key, text);
-    return text;
-  }
+  std::string GetText(const std::string& key) const { return Setting<std::string>(*this, key); }
   unsigned GetParts() const { return Parts().GetValue(GetText("-parts"), /*fallback=*/0); }
-  Order GetOrder() const {
-    unsigned order = 0;
-    QXGetSetting(*this, "-order", order);
-    return static_cast<Order>(order);
-  }
+  Order GetOrder() const { return static_cast<Order>(Setting<unsigned>(*this, "-order")); }
   const SelectionOptions& GetSelection() const {
     return static_cast<const SelectionOptions&>(*GetOption("Selection"));
   }
@@ -183,7 +173,10 @@ int main(int argc, char** argv) {
 
   QXBinaryIOHandler handler;
   InstallMolecules(handler);
-  MoleculeReader in(options.GetText("-in"), handler);
+  Progress progress(options.GetText("-status"));
+  QXTracerBase& tracer = progress;
+  tracer.Push("Choosing molecules");
+  MoleculeReader in(options.GetText("-in"), handler, tracer);
   std::vector<QXContainer> molecules, unread;
   unsigned read = 0;
   for (QXContainer object; in.Read(object);) {
@@ -194,6 +187,7 @@ int main(int argc, char** argv) {
     ++read;
     if (options.GetSelection().Wants(object)) molecules.push_back(object);
   }
+  tracer.Pop();
   Sort(molecules, options.GetOrder());
 
   // The header tells the settings in the form of an interface.

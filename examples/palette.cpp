@@ -25,7 +25,7 @@
 #include <qxsystem/platform/ostream.h>
 #include <qxsystem/util/qxstring.h>
 
-#include "progress.h"
+#include "program.h"
 
 using namespace QXPlatform;
 using namespace QXSystem;
@@ -94,13 +94,6 @@ constexpr const char* kInterface = R"(
   !BRIEF Keep a file that tells how far the program is
 !END
 )";
-
-template <class T>
-T Setting(const QXInterface& itf, const char* key) {
-  T value{};
-  QXGetSetting(itf, key, value);
-  return value;
-}
 
 std::vector<QXColor> Collect(QXIterBase<QXColor>* cursor) {
   std::vector<QXColor> colors;
@@ -179,7 +172,7 @@ std::vector<std::unique_ptr<Row>> MakeRows(const QXInterface& itf) {
   const auto* list = dynamic_cast<QXTypedParameter<std::string>*>(itf.GetParameter("-colors"));
   for (QXIter<const std::string> text = list->GetSettings(); text; ++text)
     colors.emplace_back(*text);
-  if (colors.size() < 2) QXThrow.Fatal("-colors needs two colours");
+  if (colors.size() < 2) Fail("-colors needs two colours");
   const auto range = Setting<double>(itf, "-range");
   const auto steps = static_cast<unsigned>(Setting<int>(itf, "-steps"));
 
@@ -216,9 +209,12 @@ struct Picture {
     image.format = PNG_FORMAT_RGBA;
     image.width = static_cast<png_uint_32>(width);
     image.height = static_cast<png_uint_32>(height);
-    if (!png_image_write_to_file(&image, name.c_str(), /*convert_to_8_bit=*/0, rgba.data(),
-                                 /*row_stride=*/0, /*colormap=*/nullptr))
-      QXThrow.Fatal("%s: %s", name.c_str(), image.message);
+    std::vector<unsigned char> file(PNG_IMAGE_PNG_SIZE_MAX(image));
+    png_alloc_size_t size = file.size();
+    if (!png_image_write_to_memory(&image, file.data(), &size, /*convert_to_8_bit=*/0, rgba.data(),
+                                   /*row_stride=*/0, /*colormap=*/nullptr))
+      Fail(name + ": " + image.message);
+    WriteFile(name, file.data(), size);
   }
 
   const std::size_t width, height;

@@ -21,8 +21,7 @@
 #include <qxsystem/util/progressstream.h>
 #include <qxsystem/util/qxstring.h>
 
-#include "molecules.h"
-#include "progress.h"
+#include "program.h"
 
 using namespace QXPlatform;
 using namespace QXSystem;
@@ -128,13 +127,6 @@ std::vector<Fingerprint> ReadFps(const std::string& name, QXTracerBase& tracer) 
   tracer.Pop();
   if (fingerprints.empty()) Fail(name + ": no fingerprints");
   return fingerprints;
-}
-
-template <class T>
-T Setting(const QXInterface& itf, const char* key) {
-  T value = T();
-  QXGetSetting(itf, key, value);
-  return value;
 }
 
 // The fingerprint with this identifier, or the first if there is none.

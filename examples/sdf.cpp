@@ -1,51 +1,20 @@
 #include "sdf.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
+#include <iterator>
 #include <string_view>
 
-namespace {
+#include "elements.h"
+#include "text.h"
 
-// Atomic number = position, from 1.
-constexpr std::string_view kElements[] = {
-    "H",  "He", "Li", "Be", "B",  "C",  "N",  "O",  "F",  "Ne", "Na", "Mg", "Al", "Si", "P",
-    "S",  "Cl", "Ar", "K",  "Ca", "Sc", "Ti", "V",  "Cr", "Mn", "Fe", "Co", "Ni", "Cu", "Zn",
-    "Ga", "Ge", "As", "Se", "Br", "Kr", "Rb", "Sr", "Y",  "Zr", "Nb", "Mo", "Tc", "Ru", "Rh",
-    "Pd", "Ag", "Cd", "In", "Sn", "Sb", "Te", "I",  "Xe", "Cs", "Ba", "La", "Ce", "Pr", "Nd",
-    "Pm", "Sm", "Eu", "Gd", "Tb", "Dy", "Ho", "Er", "Tm", "Yb", "Lu", "Hf", "Ta", "W",  "Re",
-    "Os", "Ir", "Pt", "Au", "Hg", "Tl", "Pb", "Bi", "Po", "At", "Rn", "Fr", "Ra", "Ac", "Th",
-    "Pa", "U",  "Np", "Pu", "Am", "Cm", "Bk", "Cf", "Es", "Fm", "Md", "No", "Lr", "Rf", "Db",
-    "Sg", "Bh", "Hs", "Mt", "Ds", "Rg", "Cn", "Nh", "Fl", "Mc", "Lv", "Ts", "Og"};
+namespace {
 
 // What stands in the place of an element in queries and attachments.
 constexpr std::string_view kNoElements[] = {"A", "Q", "*", "L", "LP", "R", "R#", "Du", "X"};
 
-std::string_view Trim(std::string_view text) {
-  const auto first = text.find_first_not_of(" \t");
-  if (first == text.npos) return {};
-  return text.substr(first, text.find_last_not_of(" \t") - first + 1);
-}
-
-// Columns [first, first + width) of a line, which may be shorter, trimmed.
-std::string_view Columns(std::string_view line, std::size_t first, std::size_t width) {
-  return first < line.size() ? Trim(line.substr(first, width)) : std::string_view();
-}
-
-// The number that the whole of `text` is.
-template <class T>
-bool Parse(std::string_view text, T& value) {
-  const auto end = text.data() + text.size();
-  const auto result = std::from_chars(text.data(), end, value);
-  return result.ec == std::errc() && result.ptr == end;
-}
-
 bool ParseElement(std::string_view symbol, unsigned char& number) {
-  if (symbol == "D" || symbol == "T") symbol = "H";
-  const auto found = std::find(std::begin(kElements), std::end(kElements), symbol);
-  number = 0;
-  if (found != std::end(kElements))
-    number = static_cast<unsigned char>(found - std::begin(kElements) + 1);
+  number = GetAtomicNumber(symbol);
   return number != 0 ||
          std::find(std::begin(kNoElements), std::end(kNoElements), symbol) != std::end(kNoElements);
 }
@@ -90,9 +59,9 @@ bool SDReader::Read(SDMolecule& molecule) {
   if (blank) return false;
 
   unsigned atoms, bonds;
-  const auto version = Columns(line_, 33, 6);
+  const auto version = Columns(line_, 34, 39);
   if (version == "V3000") return Fail("a V3000 molecule; only V2000 is understood");
-  if (!Parse(Columns(line_, 0, 3), atoms) || !Parse(Columns(line_, 3, 3), bonds) ||
+  if (!ParseNumber(Columns(line_, 1, 3), atoms) || !ParseNumber(Columns(line_, 4, 6), bonds) ||
       (version != "V2000" && !version.empty()))
     return Fail("no counts line of a V2000 molecule; is this an SD file?");
 
@@ -105,14 +74,14 @@ bool SDReader::ReadAtoms(unsigned count, SDMolecule& molecule) {
     if (!Line() || line_ == "$$$$")
       return Fail("the molecule ends after " + std::to_string(i) + " of " + std::to_string(count) +
                   " atoms");
-    for (std::size_t column = 0; column < 30; column += 10) {
+    for (std::size_t column = 1; column <= 30; column += 10) {
       float value;
-      if (!Parse(Columns(line_, column, 10), value) || !std::isfinite(value))
-        return Fail("no coordinate in columns " + std::to_string(column + 1) + " to " +
-                    std::to_string(column + 10));
+      if (!ParseNumber(Columns(line_, column, column + 9), value) || !std::isfinite(value))
+        return Fail("no coordinate in columns " + std::to_string(column) + " to " +
+                    std::to_string(column + 9));
       molecule.coordinates.push_back(value);
     }
-    const auto symbol = Columns(line_, 31, 3);
+    const auto symbol = Columns(line_, 32, 34);
     unsigned char number;
     if (!ParseElement(symbol, number)) return Fail("unknown element '" + std::string(symbol) + "'");
     molecule.elements.push_back(number);
@@ -127,8 +96,8 @@ bool SDReader::ReadBonds(unsigned count, SDMolecule& molecule) {
       return Fail("the molecule ends after " + std::to_string(i) + " of " + std::to_string(count) +
                   " bonds");
     int first, second, order;
-    if (!Parse(Columns(line_, 0, 3), first) || !Parse(Columns(line_, 3, 3), second) ||
-        !Parse(Columns(line_, 6, 3), order))
+    if (!ParseNumber(Columns(line_, 1, 3), first) || !ParseNumber(Columns(line_, 4, 6), second) ||
+        !ParseNumber(Columns(line_, 7, 9), order))
       return Fail("no bond of two atoms and an order");
     if (first < 1 || first > atoms || second < 1 || second > atoms || first == second)
       return Fail("a bond between the atoms " + std::to_string(first) + " and " +

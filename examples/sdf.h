@@ -2,13 +2,13 @@
 // example programs.
 #pragma once
 
-#include <charconv>
 #include <string>
-#include <system_error>
 #include <utility>
 #include <vector>
 
 #include <qxsystem/platform/istream.h>
+
+#include "text.h"
 
 /// One molecule as it stands in the file.
 struct SDMolecule {
@@ -57,7 +57,5 @@ bool SDNumber(const std::string& text, T& value) {
   const auto first = text.find_first_not_of('-');
   if (first == text.npos || text.find_first_of("0123456789.") != first) return false;
   if (text[first] == '0' && first + 1 < text.size() && text[first + 1] != '.') return false;
-  const char* const end = text.data() + text.size();
-  const auto result = std::from_chars(text.data(), end, value);
-  return result.ec == std::errc() && result.ptr == end;
+  return ParseNumber(text, value);
 }

@@ -26,8 +26,10 @@
 #include <qxsystem/records/datarecord.h>
 #include <qxsystem/records/recordio.h>
 #include <qxsystem/util/qxnumber.h>
+#include <qxsystem/util/qxtracerbase.h>
 
 #include "molecules.h"
+#include "program.h"
 #include "sdf.h"
 
 using namespace QXDataFlow;
@@ -68,9 +70,18 @@ constexpr const char* kInterface = R"(
   !LEGAL_RANGE 0 inf
   !BRIEF Print so many records at most
 !END
+!PARAMETER -status 5
+  !TYPE string
+  !BRIEF Keep a file that tells how far the program is
+!END
 )";
 
 constexpr const char* kText = "Molecule.Text";  // beside those of molecules.h
+
+void TellProgress(QXTracerBase& tracer, qxistream& in) {
+  const auto size = static_cast<double>(in.size());
+  if (size > 0) tracer.SetProgress(100 * static_cast<double>(in.tell()) / size);
+}
 
 // ---- SD file to records ----
 
@@ -80,11 +91,9 @@ struct Entry {
   std::string text;
 };
 
-std::vector<Entry> ReadMolecules(const std::string& name) {
-  qxifstream file(name);
-  if (!file) Fail(name + ": cannot be read");
-  std::string all;
-  file.read(all);
+std::vector<Entry> ReadMolecules(const std::string& name, QXTracerBase& tracer) {
+  tracer.Push("Reading " + name);
+  const std::string all = ReadFile(name);
   qxisstream in(all);
   SDReader reader(in);
   std::vector<Entry> entries;
@@ -94,7 +103,9 @@ std::vector<Entry> ReadMolecules(const std::string& name) {
     const auto end = static_cast<std::size_t>(in.tell());
     entries.push_back({std::move(molecule), all.substr(start, end - start)});
     start = end;
+    TellProgress(tracer, in);
   }
+  tracer.Pop();
   if (!reader.Error().empty()) Fail(name + ": " + reader.Error());
   if (entries.empty()) Fail(name + ": no molecules");
   return entries;
@@ -201,16 +212,27 @@ std::vector<QXRecord> MakeRecords(const std::vector<Entry>& entries, const std::
 
 // ---- Streams of records ----
 
-void Write(qxostream& out, const std::vector<QXRecord>& records, const std::string& format) {
-  for (const QXRecord& record : records)
-    if (!QXWriteRecord(out, record, format)) Fail("a record cannot be written");
+bool Write(qxostream& out, const std::vector<QXRecord>& records, const std::string& format,
+           QXTracerBase& tracer) {
+  tracer.Push("Writing " + format);
+  unsigned done = 0;
+  for (const QXRecord& record : records) {
+    if (!QXWriteRecord(out, record, format)) return false;
+    tracer.SetProgress(++done, static_cast<unsigned>(records.size()));
+  }
+  tracer.Pop();
+  return true;
 }
 
-std::vector<QXRecord> Read(qxistream& in, const std::string& format) {
+std::vector<QXRecord> Read(qxistream& in, const std::string& format, QXTracerBase& tracer) {
+  tracer.Push("Reading " + format);
   std::vector<QXRecord> records;
-  while (!in.eof())
+  while (!in.eof()) {
     if (!QXReadRecord(records.emplace_back(), in, format))
       Fail("record " + std::to_string(records.size()) + " cannot be read");
+    TellProgress(tracer, in);
+  }
+  tracer.Pop();
   return records;
 }
 
@@ -277,32 +299,28 @@ int main(int argc, char** argv) {
   if (!QXParseCommandLine(itf, kVersion, argc, argv, /*requirements=*/nullptr, QXErrorLevel::Error,
                           /*checkHelp=*/true))
     return 1;
-  std::string inName, outName, format;
-  int rows = 0;
-  QXGetSetting(itf, "-in", inName);
-  QXGetSetting(itf, "-out", outName);
-  QXGetSetting(itf, "-format", format);
-  QXGetSetting(itf, "-rows", rows);
+  const auto inName = Setting<std::string>(itf, "-in"), outName = Setting<std::string>(itf, "-out"),
+             format = Setting<std::string>(itf, "-format");
   if (inName == outName) Fail("-in and -out name the same file");
+  Progress progress(Setting<std::string>(itf, "-status"));
 
   const std::vector<QXRecord> made =
-      MakeRecords(ReadMolecules(inName), QXFileDetermineName(inName));
+      MakeRecords(ReadMolecules(inName, progress), QXFileDetermineName(inName));
   qxofstream out(outName);
-  if (!out) Fail(outName + ": cannot be written");
-  Write(out, made, format);
-  if (!out.close()) Fail(outName + ": cannot be written");
+  if (!Write(out, made, format, progress) || !out.close()) Fail(outName + ": cannot be written");
 
   qxifstream in(outName);
   const long size = in.size();
-  const std::vector<QXRecord> read = Read(in, format);
-  PrintTable(read, static_cast<std::size_t>(rows));
+  const std::vector<QXRecord> read = Read(in, format, progress);
+  if (!AreSame(made, read)) Fail(outName + ": what is read is not what was written");
+  PrintTable(read, static_cast<std::size_t>(Setting<int>(itf, "-rows")));
 
   const std::string otherFormat = format == "json" ? "binary" : "json";
   qxosstream other;
-  Write(other, read, otherFormat);
+  const bool isWritten = Write(other, read, otherFormat, progress);
   qxisstream otherIn(other.str());
-  if (!AreSame(made, read) || !AreSame(read, Read(otherIn, otherFormat)))
-    Fail("what was read is not what was written");
+  if (!isWritten || !AreSame(read, Read(otherIn, otherFormat, progress)))
+    Fail("the records are not the same as " + otherFormat);
   qxout << read.size() << " records, read back as they were written: " << size << " bytes of "
         << format << ", and again from " << other.str().size() << " bytes of " << otherFormat
         << "\n";

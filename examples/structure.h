@@ -1,5 +1,4 @@
-// A small reader of structures, PDB and XYZ, with the table of the elements;
-// enough for the example programs.
+// A small reader of structures, PDB and XYZ, enough for the example programs.
 #pragma once
 
 #include <string>
@@ -7,21 +6,6 @@
 #include <vector>
 
 #include <qxsystem/platform/istream.h>
-
-/// An element. Masses are the standard atomic weights of 2021 (Prohaska et al., Pure
-/// Appl. Chem. 94 (2022) 573-600) in five digits, or without one the mass number of a
-/// long-lived isotope.
-struct Element {
-  std::string_view symbol;
-  double mass;
-};
-
-/// The element with an atomic number from 1 to 118.
-const Element& GetElement(unsigned number);
-
-/// The atomic number of a symbol in any case of letters, with "D" and "T" for
-/// hydrogen; 0 for any other text.
-unsigned char GetAtomicNumber(std::string_view symbol);
 
 /// One model of a structure.
 struct Model {

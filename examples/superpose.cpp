@@ -22,8 +22,8 @@
 #include <qxsystem/util/progressstream.h>
 #include <qxsystem/util/qxstring.h>
 
-#include "molecules.h"
-#include "progress.h"
+#include "elements.h"
+#include "program.h"
 #include "structure.h"
 
 using namespace QXPlatform;
@@ -151,27 +151,14 @@ void AppendRecord(qxostream& out, unsigned model, double before, double after,
   QXWriteRecord(out, record, "binary");
 }
 
-void WriteFile(const std::string& name, const void* bytes, std::size_t size) {
-  if (name.empty()) return;
-  qxofstream out(name);
-  out.write(static_cast<const unsigned char*>(bytes), size);
-  if (!out.close()) Fail(name + ": cannot be written");
-}
-
-template <class T>
-T Setting(const QXInterface& itf, const char* key) {
-  T value = T();
-  QXGetSetting(itf, key, value);
-  return value;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
   const QXInterface itf(kInterface, argc, argv);
   const auto refName = Setting<std::string>(itf, "-ref"),
              fitName = Setting<std::string>(itf, "-fit"),
-             outName = Setting<std::string>(itf, "-out");
+             outName = Setting<std::string>(itf, "-out"),
+             motionsName = Setting<std::string>(itf, "-transforms");
   const bool byMass = Setting<unsigned>(itf, "-weights") == 1;
 
   auto* const watcher = new RouteWatcher;
@@ -218,7 +205,7 @@ int main(int argc, char** argv) {
   }
   tracer.Pop();
   if (count == 0) Fail(fitName + ": no atoms");
-  WriteFile(outName, moved.data(), moved.size());
-  WriteFile(Setting<std::string>(itf, "-transforms"), motions.data(), motions.size());
+  if (!outName.empty()) WriteFile(outName, moved.data(), moved.size());
+  if (!motionsName.empty()) WriteFile(motionsName, motions.data(), motions.size());
   qxout << table;
 }

@@ -33,7 +33,7 @@
 #include <qxsystem/util/qxstring.h>
 
 #include "molecules.h"
-#include "progress.h"
+#include "program.h"
 #include "sdf.h"
 
 using namespace QXPlatform;
@@ -202,16 +202,11 @@ struct Run {
   int argc;
   char** argv;
 
-  template <class T>
-  T Setting(const char* key, T value = T()) const {
-    QXGetSetting(itf, key, value);
-    return value;
-  }
-  unsigned MaxMolecules() const { return static_cast<unsigned>(Setting("-max", 2147483647)); }
+  unsigned MaxMolecules() const { return static_cast<unsigned>(Setting(itf, "-max", 2147483647)); }
 
   QXHeader Header(const QXHeader* parent) const {
-    return QXHeader(argc, argv, "typical_run", kVersion, Setting<std::string>("-comment").c_str(),
-                    itf, parent);
+    return QXHeader(argc, argv, "typical_run", kVersion,
+                    Setting<std::string>(itf, "-comment").c_str(), itf, parent);
   }
 };
 
@@ -222,26 +217,14 @@ struct Account {
   unsigned intFields = 0, doubleFields = 0, textFields = 0;
 };
 
-// The number that the whole of `text` is. A text with leading zeros may be an
-// identifier and is none.
-template <class T>
-bool ParseNumber(const std::string& text, T& value) {
-  const auto first = text.find_first_not_of('-');
-  if (first == text.npos || text.find_first_of("0123456789.") != first) return false;
-  if (text[first] == '0' && first + 1 < text.size() && text[first + 1] != '.') return false;
-  const char* const end = text.data() + text.size();
-  const auto result = std::from_chars(text.data(), end, value);
-  return result.ec == std::errc() && result.ptr == end;
-}
-
 void AddField(QXBase& object, const std::string& name, const std::string& text, Account& account) {
   int whole;
   double number;
   // Appended, not set: a name may occur more than once in a molecule.
-  if (ParseNumber(text, whole)) {
+  if (SDNumber(text, whole)) {
     object.AddData<int>(name.c_str(), whole);
     ++account.intFields;
-  } else if (ParseNumber(text, number)) {
+  } else if (SDNumber(text, number)) {
     object.AddData<double>(name.c_str(), number);
     ++account.doubleFields;
   } else {
@@ -267,8 +250,8 @@ void Convert(const Run& run, const std::string& inName, const std::string& outNa
   InstallOrigins(handler);
   MoleculeWriter out(outName, handler, run.Header(/*parent=*/nullptr));
 
-  const auto scale = static_cast<float>(run.Setting("-scale", 1.0));
-  const bool notes = run.Setting("-notes", false);
+  const auto scale = static_cast<float>(Setting(run.itf, "-scale", 1.0));
+  const bool notes = Setting(run.itf, "-notes", false);
   const std::string file = QXFileDetermineName(inName);
   Account account;
   SDReader reader(in);
@@ -365,10 +348,7 @@ struct Record {
 
 // The records of a file behind its header, by the primitives of the format alone.
 std::vector<Record> ReadRecords(const std::string& name) {
-  qxifstream file(name);
-  if (!file) Fail(name + ": cannot be read");
-  std::string all;
-  file.read(all);
+  const std::string all = ReadFile(name);
   qxisstream in(all);
   std::vector<Record> records;
   while (!in.eof()) {
@@ -458,15 +438,15 @@ int main(int argc, char** argv) {
     return 1;
 
   const Run run = {itf, argc, argv};
-  const auto in = run.Setting<std::string>("-in"), out = run.Setting<std::string>("-out");
+  const auto in = Setting<std::string>(itf, "-in"), out = Setting<std::string>(itf, "-out");
   if (in == out) Fail("-in and -out name the same file");
-  if (const auto name = run.Setting<std::string>("-settings"); !name.empty())
+  if (const auto name = Setting<std::string>(itf, "-settings"); !name.empty())
     WriteSettings(itf, name);
 
-  auto task = static_cast<Task>(run.Setting<unsigned>("-task"));
+  auto task = static_cast<Task>(Setting<unsigned>(itf, "-task"));
   if (task == Task::Auto)
     task = QXFileExtension(in, /*skip=*/"") == "qxb" ? Task::Annotate : Task::Convert;
-  Progress progress(run.Setting<std::string>("-status"));
+  Progress progress(Setting<std::string>(itf, "-status"));
   switch (task) {
     case Task::Auto:
     case Task::Convert:
@@ -476,7 +456,7 @@ int main(int argc, char** argv) {
       Annotate(run, in, out, progress);
       break;
     case Task::Compare:
-      Compare(run.Setting<std::string>("-with"), in);
+      Compare(Setting<std::string>(itf, "-with"), in);
       break;
   }
   return 0;
