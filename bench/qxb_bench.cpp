@@ -31,7 +31,7 @@
 #define HAVE_MSGPACK 1
 #endif
 #if __has_include("qxb_bench.pb.h")
-#include <google/protobuf/io/coded_stream.h>
+#include "protobuf_bench.h"
 
 #include "qxb_bench.pb.h"
 #define HAVE_PROTOBUF 1
@@ -230,41 +230,6 @@ private:
 #endif
 
 #if HAVE_PROTOBUF
-using google::protobuf::io::CodedInputStream;
-using google::protobuf::io::CodedOutputStream;
-
-// Each message behind its length, as is usual for streams of them.
-template <class Message>
-class Protobuf {
-public:
-  using Object = Message;
-
-  void StartWriting() { used = 0; }
-  void Write(const Object& object) {
-    const std::size_t size = object.ByteSizeLong();
-    if (room.size() - used < size + 5) room.resize(2 * room.size() + size + 5);
-    std::uint8_t* at = CodedOutputStream::WriteVarint32ToArray(static_cast<std::uint32_t>(size),
-                                                               room.data() + used);
-    used = static_cast<std::size_t>(object.SerializeWithCachedSizesToArray(at) - room.data());
-  }
-  std::size_t Size() const { return used; }
-
-  void StartReading() { offset = 0; }
-  void Read(Object& object) {
-    CodedInputStream head(room.data() + offset, static_cast<int>(used - offset));
-    std::uint32_t size = 0;
-    head.ReadVarint32(&size);
-    offset += static_cast<std::size_t>(head.CurrentPosition());
-    object.ParseFromArray(room.data() + offset, static_cast<int>(size));
-    offset += size;
-  }
-
-private:
-  std::vector<std::uint8_t> room;
-  std::size_t used = 0;
-  std::size_t offset = 0;
-};
-
 struct Schema : Protobuf<qxb_bench::Molecule> {
   static Object Make(const Molecule& m) {
     Object object;

@@ -86,8 +86,7 @@ FieldEntry& FieldTable::Add(std::string_view name) {
   }
   Block& block = BlockAt(place.block);
   if (block.size() == block.capacity()) block.reserve(std::max<std::size_t>(8, 2 * block.size()));
-  FieldEntry* entry = Make();
-  entry->name = name;
+  FieldEntry* entry = Make(name);
   block.insert(block.begin() + place.at, {prefix, entry});
   ++size_;
   return *entry;
@@ -101,13 +100,13 @@ void FieldTable::Split(std::size_t b) {
   block.erase(half, block.end());
 }
 
-FieldEntry* FieldTable::Make() {
+FieldEntry* FieldTable::Make(std::string_view name) {
   void* room = freed_;
   if (freed_ != nullptr)
     freed_ = freed_->next;
   else
     room = memory_.Take(sizeof(FieldEntry));
-  return new (room) FieldEntry;
+  return new (room) FieldEntry(name);
 }
 
 void FieldTable::Erase(const FieldEntry& entry) {

@@ -98,6 +98,8 @@ struct FieldExtras {
 
 /// A field of a record.
 struct FieldEntry {
+  explicit FieldEntry(std::string_view fieldName) : name(fieldName) {}
+
   std::string name;
   std::string_view type;        // the full name, in static memory or the table's
   std::uint32_t typeSpace = 0;  // the length of its namespace, without the ":"
@@ -214,7 +216,7 @@ private:
   };
   Place Locate(std::uint64_t prefix, std::string_view name) const;
   void Split(std::size_t block);
-  FieldEntry* Make();
+  FieldEntry* Make(std::string_view name);
 
   struct Freed {
     Freed* next;

@@ -78,7 +78,7 @@ private:
           !from.Bool(nullable, isNone))
         return false;
       FieldEntry& entry = record_.fields.Add(name);
-      entry.Reset();
+      if (entry.index != 0) entry.Reset();  // of two of one name the second counts
       entry.index = index;
       entry.nullable = nullable;
       record_.fields.SetType(entry, type);

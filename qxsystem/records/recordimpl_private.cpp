@@ -246,7 +246,8 @@ bool QXRecordImpl::UnloadCache(FieldEntry& entry) {
 bool QXRecordImpl::UnloadCache() {
   bool isDone = true;
   if (mayHaveCaches_)
-    for (FieldEntry& entry : fields) isDone = UnloadCache(entry) && isDone;
+    for (FieldEntry& entry : fields)
+      if (entry.isCached) isDone = UnloadCache(entry) && isDone;
   return isDone;
 }
 
@@ -330,7 +331,8 @@ bool QXRecordImpl::UnloadChildCache(FieldEntry& entry) {
 bool QXRecordImpl::UnloadChildCache() {
   bool isDone = true;
   if (mayHaveCaches_)
-    for (FieldEntry& entry : fields) isDone = UnloadChildCache(entry) && isDone;
+    for (FieldEntry& entry : fields)
+      if (entry.extras) isDone = UnloadChildCache(entry) && isDone;
   return isDone;
 }
 

@@ -256,7 +256,8 @@ std::string FormatValue(const QXJSONObject& value) {
   return value.GetString();
 }
 std::string FormatValue(const QXRange& value) {
-  const std::string low = FormatValue(value.GetLow()), high = FormatValue(value.GetHigh());
+  std::string low = FormatValue(value.GetLow());
+  const std::string high = FormatValue(value.GetHigh());
   const std::string ends = value.GetInclusivityString();
   if (value.IsEmpty()) return "None";
   if (value.IsUnboundedLow()) return (ends[1] == ')' ? "<" : "<=") + high;

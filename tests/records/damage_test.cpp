@@ -2,34 +2,12 @@
 // a false, an exception that is promised, and bounded memory.
 
 #include <gtest/gtest.h>
-#include <malloc.h>
-
-#include <atomic>
-#include <cstdlib>
-#include <new>
 
 #include "every_value.h"
 #include "support.h"
+#include "support/countedheap.h"
 
 using namespace recordtest;
-
-// Heap in use through operator new, by blocks as large as they really are.
-static std::atomic<std::size_t> inUse, peak;
-
-void* operator new(std::size_t size) {
-  void* block = std::malloc(size != 0 ? size : 1);
-  if (block == nullptr) throw std::bad_alloc();
-  const std::size_t now = inUse += malloc_usable_size(block);
-  if (now > peak) peak = now;
-  return block;
-}
-void operator delete(void* block) noexcept {
-  inUse -= malloc_usable_size(block);
-  std::free(block);
-}
-void operator delete(void* block, std::size_t) noexcept {
-  operator delete(block);
-}
 
 namespace {
 
