@@ -33,7 +33,7 @@ import json, re, sys
 TEMPLATE = re.compile(r"(\w+)<((?:[^<>,]|<.*>)+)(?:, ([^<>]+))?>(.*)")
 SLASHED = re.compile(r"([^/<>]+)/([A-Za-z][^/<>]*)(.*)")
 PLAIN = re.compile(r"(Suppressed|Printed)(\w+)")
-LIBRARY = {"Tags", "Pool", "Hanoi", "UnionFind"}
+LIBRARY = {"Tags", "Pool", "Hanoi", "UnionFind", "Record"}
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 jobs = {}
