@@ -12,22 +12,11 @@ namespace {
 
 constexpr unsigned MostMissing = 4096;  // headers that a history may lack
 
-class HeaderWriter : public QXWriteFxn<QXHeader> {
-public:
-  const char* GetTag() const override { return "QXBasePOD"; }
-  const void* GetType() const override { return QXGetDataType<QXHeader>(); }
-  HeaderWriter* CreateCopy() const override { return new HeaderWriter(*this); }
-  bool operator()(qxostream& out, const QXHeader& header,
-                  const QXBinaryIOHandlerBase& handler) const override {
-    return QXBWriteQXBase(out, header, GetTag(), handler);
-  }
-};
-
 const QXBinaryIOHandler& Handler() {
   static const QXBinaryIOHandler made = [] {
     QXBinaryIOHandler handler;
     handler.SetReadFxn(QXBasePODReadFxn<QXHeader>(), /*asDefault=*/false);
-    handler.SetWriteFxn(HeaderWriter(), /*asDefault=*/false);
+    handler.SetWriteFxn(PODWriter<QXHeader>(), /*asDefault=*/false);
     QXInstallGenericDataHandler<QXHeader>(handler, "HeaderValue");
     return handler;
   }();

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <new>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -123,18 +124,15 @@ TEST(QXBase, OwnsArraysAndOnlyThose) {
 
 TEST(QXBase, AssignsDeeply) {
   const QXContainer none, ints = Ints("t", {1, 2});
-  const struct {
-    const QXContainer &to, &from;
-    const char* items;
-  } cases[] = {
+  const std::tuple<QXContainer, QXContainer, const char*> cases[] = {
       {none, none, ""}, {none, ints, "t1 t2 "}, {ints, none, ""}, {ints, Ints("u", {3}), "u3 "}};
-  for (const auto& c : cases) {
-    QXContainer to(c.to), from(c.from), moved(c.to);
+  for (const auto& [before, source, items] : cases) {
+    QXContainer to(before), from(source), moved(before);
     to = from;
     moved = std::move(from);
-    EXPECT_TRUE(Items(to) == c.items && Items(moved) == c.items) << c.items;
+    EXPECT_TRUE(Items(to) == items && Items(moved) == items) << items;
     to.AddData<int>("more", 1);
-    EXPECT_EQ(Items(c.from), c.items);
+    EXPECT_EQ(Items(source), items);
   }
   Derived derived;
   derived.SetData<int>("t", 1);
@@ -234,11 +232,11 @@ TEST(QXBase, LosesNothingWhenACopyCannotBeMade) {
 }
 
 TEST(QXBase, KnowsItsClassAndBases) {
-  const QXContainer object = Ints("t", {1});
-  EXPECT_TRUE(object.IsDataType(QXGetDataType<QXContainer>()));
-  EXPECT_TRUE(object.IsDataType(QXGetDataType<QXBase>()));
-  EXPECT_FALSE(object.IsDataType(QXGetDataType<int>()));
-  EXPECT_EQ(Items(*std::unique_ptr<QXBase>(object.CreateCopy())), "t1 ");
+  const std::unique_ptr<QXBase> object(Ints("t", {1}).CreateCopy());
+  EXPECT_TRUE(object->IsDataType(QXGetDataType<QXContainer>()) &&
+              object->IsDataType(QXGetDataType<QXBase>()));
+  EXPECT_FALSE(object->IsDataType(QXGetDataType<int>()));
+  EXPECT_EQ(Items(*object), "t1 ");
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <sstream>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include <qxsystem/core/errorimpl.h>
@@ -34,58 +35,48 @@ struct Reports {
 };
 
 TEST(QXErrorHandler, ShowsAndCountsByLevelAndStrictFlag) {
-  const struct {
-    unsigned handlerLevel;
-    bool strict;
-    unsigned level;
-    const char* printed;
-    unsigned counter;  // that grows by one, 9 for unknown levels; 0: none
-  } cases[] = {{3, true, 1, "", 0},
-               {3, true, 3, "text\n", 3},
-               {3, true, 4, "Warning: text\n", 4},
-               {3, true, 8, "", 8},
-               {3, true, 12, "Unknown Error Level(12): text\n", 9},
-               {1, true, 1, "Debug: text\n", 1},
-               {1, true, 2, "text\n", 2},
-               {0, true, 0, "Unknown Error Level(0): text\n", 9},
-               {3, false, 5, "Warning: text\n", 4},
-               {5, false, 5, "Warning: text\n", 4},  // where a Warning would be dropped
-               {5, false, 4, "", 0},
-               {6, true, 5, "", 0},  // dropped before it could be fatal
-               {8, true, 8, "", 8},
-               {9, true, 8, "", 0}};
-  for (const auto& c : cases) {
+  // The last column is the counter that grows by one, 9 for unknown levels; 0: none.
+  const std::tuple<unsigned, bool, unsigned, const char*, unsigned> cases[] = {
+      {3, true, 1, "", 0},
+      {3, true, 3, "text\n", 3},
+      {3, true, 4, "Warning: text\n", 4},
+      {3, true, 8, "", 8},
+      {3, true, 12, "Unknown Error Level(12): text\n", 9},
+      {1, true, 1, "Debug: text\n", 1},
+      {1, true, 2, "text\n", 2},
+      {0, true, 0, "Unknown Error Level(0): text\n", 9},
+      {3, false, 5, "Warning: text\n", 4},
+      {5, false, 5, "Warning: text\n", 4},  // where a Warning would be dropped
+      {5, false, 4, "", 0},
+      {6, true, 5, "", 0},  // dropped before it could be fatal
+      {8, true, 8, "", 8},
+      {9, true, 8, "", 0}};
+  for (const auto& [handlerLevel, strict, level, printed, counter] : cases)
     for (const bool formatted : {false, true}) {
-      SCOPED_TRACE(testing::Message() << c.level << " at " << c.handlerLevel << ' ' << c.strict);
-      Reports r(c.handlerLevel, c.strict);
-      formatted ? r.handler.Msg(c.level, "%s", "text") : r.handler.Msg(c.level, "text"s);
-      EXPECT_EQ(r.out.str(), c.printed);
-      for (unsigned counter = 1; counter <= 9; ++counter)
-        EXPECT_EQ(r.handler.Count(counter), counter == c.counter) << counter;
-      EXPECT_EQ(r.handler.Count(0), c.counter >= 1 && c.counter <= 8);
+      SCOPED_TRACE(testing::Message() << level << " at " << handlerLevel << ' ' << strict);
+      Reports r(handlerLevel, strict);
+      formatted ? r.handler.Msg(level, "%s", "text") : r.handler.Msg(level, "text"s);
+      EXPECT_EQ(r.out.str(), printed);
+      for (unsigned i = 1; i <= 9; ++i) EXPECT_EQ(r.handler.Count(i), i == counter) << i;
+      EXPECT_EQ(r.handler.Count(0), counter >= 1 && counter <= 8);
       r.handler.Clear();
       EXPECT_EQ(r.handler.Count(0), 0u);
-      EXPECT_EQ(r.handler.Count(77), c.counter == 9) << "kept by Clear";
+      EXPECT_EQ(r.handler.Count(77), counter == 9) << "kept by Clear";
     }
-  }
 }
 
 TEST(QXErrorHandlerDeathTest, EndsTheProcessWithTheStatedStatus) {
-  const struct {
-    unsigned handlerLevel, level;
-    int status;
-    const char* printed;  // all of it
-  } cases[] = {{3, 5, 1, "^Fatal: a%b\n$"},
-               {3, 6, 1, "^Fatal: a%b\n$"},
-               {8, 6, 1, "^$"},
-               {3, 7, 0, "^Usage: a%b\n$"},
-               {8, 7, 0, "^$"}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::Message() << c.level << " at " << c.handlerLevel);
-    EXPECT_EXIT((QXThrow.SetLevel(c.handlerLevel), QXThrow.Msg(c.level, "a%%%c", 'b')),
-                ExitedWithCode(c.status), c.printed);
-    EXPECT_EXIT((QXThrow.SetLevel(c.handlerLevel), QXThrow.Msg(c.level, std::string("a%b"))),
-                ExitedWithCode(c.status), c.printed);
+  const std::tuple<unsigned, unsigned, int, const char*> cases[] = {{3, 5, 1, "^Fatal: a%b\n$"},
+                                                                    {3, 6, 1, "^Fatal: a%b\n$"},
+                                                                    {8, 6, 1, "^$"},
+                                                                    {3, 7, 0, "^Usage: a%b\n$"},
+                                                                    {8, 7, 0, "^$"}};
+  for (const auto& [handlerLevel, level, status, printed] : cases) {
+    SCOPED_TRACE(testing::Message() << level << " at " << handlerLevel);
+    EXPECT_EXIT((QXThrow.SetLevel(handlerLevel), QXThrow.Msg(level, "a%%%c", 'b')),
+                ExitedWithCode(status), printed);
+    EXPECT_EXIT((QXThrow.SetLevel(handlerLevel), QXThrow.Msg(level, "a%b"s)),
+                ExitedWithCode(status), printed);
   }
 }
 
@@ -190,10 +181,7 @@ TEST(QXErrorHandler, LinesOfSeveralThreadsDoNotMix) {
     threads.emplace_back([&r, &arrived, line = std::string(300, name)] {
       r.handler.SetLevel(QXErrorLevel::Warning);
       for (++arrived; arrived < 4;) std::this_thread::yield();
-      for (int i = 0; i < 250; ++i) {
-        r.handler.Warning("%s", line.c_str());
-        r.handler.Info("dropped");
-      }
+      for (int i = 0; i < 250; ++i) r.handler.Warning("%s", line.c_str()), r.handler.Info("no");
     });
   for (auto& thread : threads) thread.join();
   EXPECT_EQ(r.handler.Count(0), 1000u);

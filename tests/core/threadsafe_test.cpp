@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <functional>
 #include <iostream>
 #include <memory>
 #include <set>
@@ -16,9 +15,10 @@
 
 #include <gtest/gtest.h>
 
-#include <qxsystem/core/errortest.h>
 #include <qxsystem/core/memcache.h>
 #include <qxsystem/core/vectoriter.h>
+
+#include "support/capture.h"
 
 using namespace QXSystem;
 
@@ -48,16 +48,10 @@ struct WithMode {
   ~WithMode() { Set(before); }
 
   static void Set(unsigned mode) {
-    QXPushSimpleQXThrowTester reports;
-    QXThrow.SetStrict(false);
-    QXThrow.SetLevel(QXErrorLevel::Quiet);
+    const qxtest::Reports silent;
     QXSetMemPoolMode(mode);
   }
 };
-
-void OnOtherThread(const std::function<void()>& run) {
-  std::thread(run).join();
-}
 
 // Takes 130 blocks: those inside come in order, as do those of each chunk.
 template <class Cache>
@@ -144,13 +138,13 @@ TEST(QXMemPool, ServesEachModeFromItsCache) {
       cache->Push(block);
     };
     expect(each.second);
-    OnOtherThread([&] {
+    std::thread([&] {
       expect(mode == 6    ? Pool::BoundedCacheThreadLocal()
              : mode == 10 ? Pool::UnboundedCacheThreadLocal()
                           : each.second);
-    });
+      EXPECT_NE(Pool::UnboundedCacheThreadLocal(), Pool::UnboundedCacheNormal());
+    }).join();
   }
-  OnOtherThread([] { EXPECT_NE(Pool::UnboundedCacheThreadLocal(), Pool::UnboundedCacheNormal()); });
 }
 
 TEST(QXMemPool, FallsBackOnTheAllocatorInAnIllegalMode) {
@@ -200,7 +194,7 @@ TEST(QXMemPool, GivesABlockToOneThreadAtATime) {
 
     if (mode & QXMemPoolMode::ThreadLocal) continue;  // else any thread may return it
     void* block = nullptr;
-    OnOtherThread([&block] { block = QXMemPool<24>::Pop(); });
+    std::thread([&block] { block = QXMemPool<24>::Pop(); }).join();
     QXMemPool<24>::Push(block);
     EXPECT_EQ(QXMemPool<24>::Pop(), block);
     QXMemPool<24>::Push(block);
@@ -215,11 +209,11 @@ TEST(QXMemPool, FreesTheCacheOfAThreadAfterAllItsObjects) {
     ~Late() { EXPECT_FALSE(QXIter<int>(cursor)); }
   };
   const long made = arrays, freed = arraysFreed;
-  OnOtherThread([] {
+  std::thread([] {
     thread_local Late late;  // older than the cache
     std::vector<QXIter<int>> many(100, new QXVectorPtrIter<int>(&nothing));
     late.cursor = many[99];
-  });
+  }).join();
   EXPECT_TRUE(arrays - made == 1 && arraysFreed - freed == 1);
 }
 

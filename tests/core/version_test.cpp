@@ -7,15 +7,12 @@
 namespace QXSystem {
 namespace {
 
-TEST(QXSystemVersion, IsRegisteredAtLoad) {
+// Programs and stored headers rest on these; they are the same in every build.
+TEST(QXSystemVersion, HasItsConstantsAndIsRegisteredAtLoad) {
   QXPlatform::qxosstream out;
   QXPlatform::QXGetVersions(out);
-  EXPECT_EQ(out.str(), "qxtoolkit QXSystem " + QXSystemVersion().release + '\n');
+  EXPECT_EQ(out.str(), "qxtoolkit QXSystem 3.3.0.1\n");
   EXPECT_EQ(QXSystemVersion().release, "3.3.0.1");
-}
-
-// Programs and stored headers rest on these; they are the same in every build.
-TEST(QXSystemVersion, HasItsConstants) {
   EXPECT_EQ(QXSystemGetVersion(), 20220607);
   EXPECT_EQ(std::string(QXSystemGetArch()), "linux-x64");
   EXPECT_EQ(std::string(QXSystemGetPlatform()), "linux-g++7.x-x64");

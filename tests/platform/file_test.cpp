@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <string>
+#include <tuple>
 
 #include <platform/temp_dir.h>
 
@@ -13,18 +14,14 @@ TEST(QXFile, KnowsExistenceAndSize) {
   const TempDir dir;
   const std::string large = dir.Write("large", "");
   ASSERT_EQ(::truncate(large.c_str(), 5l << 30), 0);
-  const struct {
-    std::string name;
-    bool exists;
-    long size;
-  } cases[] = {{dir.Write("empty", ""), true, 0},
-               {large, true, 5l << 30},
-               {dir.Fifo("pipe"), true, -1},
-               {dir.Path(""), false, -1},
-               {"", false, -1}};
-  for (const auto& c : cases) {
-    EXPECT_EQ(QXFile(c.name).Exists(), c.exists) << c.name;
-    EXPECT_EQ(QXFile(c.name).Size(), c.size) << c.name;
+  const std::tuple<std::string, bool, long> cases[] = {{dir.Write("empty", ""), true, 0},
+                                                       {large, true, 5l << 30},
+                                                       {dir.Fifo("pipe"), true, -1},
+                                                       {dir.Path(""), false, -1},
+                                                       {"", false, -1}};
+  for (const auto& [name, exists, size] : cases) {
+    EXPECT_EQ(QXFile(name).Exists(), exists) << name;
+    EXPECT_EQ(QXFile(name).Size(), size) << name;
   }
 }
 

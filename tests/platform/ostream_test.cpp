@@ -27,10 +27,10 @@ std::string Content(const std::string& name) {
   return {std::istreambuf_iterator<char>(in), {}};
 }
 
-template <typename T>
-std::string Text(T value) {
+template <typename... T>
+std::string Text(T... values) {
   qxosstream out;
-  out << value;
+  (out << ... << values);
   return out.str();
 }
 
@@ -45,9 +45,8 @@ TEST(qxostream, WritesNumbersAsPrintfDoes) {
     std::snprintf(expected, sizeof expected, "%g", double(float(value)));
     EXPECT_EQ(Text(float(value)), expected);
   }
-  EXPECT_EQ(Text(LONG_MIN) + Text(ULONG_MAX), "-922337203685477580818446744073709551615");
-  EXPECT_EQ(Text('c') + Text(true) + Text("text") + Text(static_cast<const char*>(nullptr)),
-            "c1text");
+  EXPECT_EQ(Text(LONG_MIN, ULONG_MAX, 'c', true, "text", static_cast<const char*>(nullptr)),
+            "-922337203685477580818446744073709551615c1text");
 }
 
 TEST(qxofstream, KeepsTheOrderOfPiecesOfAllSizes) {

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <functional>
 #include <memory>
 #include <random>
 #include <thread>
@@ -24,28 +23,24 @@ struct Level {
 
 using Local = QXThreadLocal<Level>;
 
-void OnAnotherThread(const std::function<void()>& work) {
-  std::thread(work).join();
-}
-
 }  // namespace
 
 TEST(QXThreadLocal, IsOneValueForEachObjectAndThread) {
   const Local a, b;
   a.Get().value = 1;
   b.Get().value = 2;
-  OnAnotherThread([&] {
+  std::thread([&] {
     EXPECT_TRUE(a.Get().value == 3 && b.Get().value == 3);
     a.Get().value = 9;
-  });
+  }).join();
   EXPECT_TRUE(a.Get().value == 1 && b.Get().value == 2);
-  OnAnotherThread([&] { EXPECT_EQ(a.Get().value, 3u) << "thread ids come again"; });
+  std::thread([&] { EXPECT_EQ(a.Get().value, 3u) << "thread ids come again"; }).join();
 }
 
 TEST(QXThreadLocal, ValuesDieWithTheObjectOrTheThread) {
   auto object = std::make_unique<Local>();
   object->Get();
-  OnAnotherThread([&] { EXPECT_TRUE((object->Get(), Level::alive == 2)); });
+  std::thread([&] { EXPECT_TRUE((object->Get(), Level::alive == 2)); }).join();
   EXPECT_EQ(Level::alive, 1) << "with the thread";
   object.reset();
   EXPECT_EQ(Level::alive, 0) << "with the object";
@@ -72,10 +67,10 @@ thread_local LateAsker lateAsker;
 
 TEST(QXThreadLocal, AnswersWhenTheThreadsMapIsGone) {
   lateObject = std::make_unique<Local>();
-  OnAnotherThread([] {
+  std::thread([] {
     EXPECT_EQ(lateAsker.made, 1);
     lateObject->Get().value = 5;
-  });
+  }).join();
   EXPECT_EQ(lateValues, (std::vector<unsigned>{3, 3, 7})) << "its 5 was destroyed before";
   lateObject.reset();
   EXPECT_EQ(Level::alive, 0);

@@ -62,7 +62,8 @@ TEST(QXBDamage, IsAStatusAndLeavesWhatCameBefore) {
   }
 }
 
-TEST(QXBDamage, ClaimedLengthsCostNoMemory) {
+// Lengths that are claimed, and what makes the most of few bytes.
+TEST(QXBDamage, StaysInsideTheBound) {
   Reports reports;
   const std::string claim = Hex("7F7F7F7F8F");
   for (const char* head : {"01", "36", "C8", "35", "00 81 'x'"})
@@ -70,11 +71,6 @@ TEST(QXBDamage, ClaimedLengthsCostNoMemory) {
   for (const char* type :
        {"03", "05", "10", "11", "12 01", "20", "50", "51", "53 01", "58", "60 1F 51"})
     Read(Block(Hex("1F") + Hex(type) + claim), false, 100000);
-}
-
-// What makes the most of few bytes.
-TEST(QXBDamage, DenseInputStaysInsideTheBound) {
-  Reports reports;
   for (const char* unit : {"33 81 07", "36 7F 7F FF", "33 50 80", "33 10 80", "33 03 80", "33 FF",
                            "1F 60 1F 51 83 35 81 33"}) {
     std::string bytes;

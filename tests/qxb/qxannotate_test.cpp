@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include <qxsystem/util/qxformat.h>
 
 #include "support.h"
@@ -34,35 +36,27 @@ std::string Items(const QXBase& object) {
   return text;
 }
 
-QXBinaryIOHandler Filled() {
-  QXBinaryIOHandler handler;
-  EXPECT_TRUE(QXInitAnnotationHandlers(handler));
-  return handler;
-}
-
 TEST(QXAnnotation, EveryShapeHasItsItems) {
-  const struct {
-    QXAnnotation made;
-    const char *type, *items;
-  } cases[] = {{QXAnnotateSphere("t", p, 1, nullptr), "01", "a=1,2,3, r=10f "},
-               {QXAnnotateSphere("t", p, 1, q), "01", "a=1,2,3, r=10f hemi=4,5,6, "},
-               {QXAnnotateEllipsoid("t", p, 1, 2, 3, p, q, u), "02",
-                "center=1,2,3, a=10f b=20f c=30f d1=1,2,3, d2=4,5,6, d3=7,8,9, "},
-               {QXAnnotateBox("t", p, q), "03", "a=1,2,3, e=4,5,6, "},
-               {QXAnnotateCylinder("t", p, q, 1, 2), "04", "a=1,2,3, b=4,5,6, r1=10f r2=20f "},
-               {QXAnnotateArrow("t", p, q, 1, 2, 3, 4), "05",
-                "a=1,2,3, b=4,5,6, p=10f r1=20f r2=30f r3=40f "},
-               {QXAnnotateLine("t", p, nullptr), "06", "a=1,2,3, b=0,0,0, "},
-               {QXAnnotateSpline("t", p, 1, 2), "08", "c=1,2,3, n=j:01000000 sr=j:02000000 "},
-               {QXAnnotateSplineSurface("t", p, 1, 2, 3, 4, 5, 6, 7, 8), "09",
-                "c=1,2,3, n=j:01000000 sr=j:02000000 sgr=i:03000000 xr=i:04000000 w=50f t=60f "
-                "st=i:07000000 s=i:08000000 "},
-               {QXAnnotateTorus("t", p, 1, 2, q), "0A", "a=1,2,3, r1=10f r2=20f d=4,5,6, "},
-               {QXAnnotateText("t", p, "text"), "0B", "a=1,2,3, t='text' f=b:00 s=10f z=15f "},
-               {QXAnnotateSymbol("t", p, "name"), "0C", "a=1,2,3, t=->name "}};
-  for (const auto& c : cases)
-    EXPECT_EQ(Items(c.made),
-              "type=i:" + std::string(c.type) + "000000 title='t' color=c*:FFFFFFFF " + c.items);
+  const std::tuple<QXAnnotation, const char*, const char*> cases[] = {
+      {QXAnnotateSphere("t", p, 1, nullptr), "01", "a=1,2,3, r=10f "},
+      {QXAnnotateSphere("t", p, 1, q), "01", "a=1,2,3, r=10f hemi=4,5,6, "},
+      {QXAnnotateEllipsoid("t", p, 1, 2, 3, p, q, u), "02",
+       "center=1,2,3, a=10f b=20f c=30f d1=1,2,3, d2=4,5,6, d3=7,8,9, "},
+      {QXAnnotateBox("t", p, q), "03", "a=1,2,3, e=4,5,6, "},
+      {QXAnnotateCylinder("t", p, q, 1, 2), "04", "a=1,2,3, b=4,5,6, r1=10f r2=20f "},
+      {QXAnnotateArrow("t", p, q, 1, 2, 3, 4), "05",
+       "a=1,2,3, b=4,5,6, p=10f r1=20f r2=30f r3=40f "},
+      {QXAnnotateLine("t", p, nullptr), "06", "a=1,2,3, b=0,0,0, "},
+      {QXAnnotateSpline("t", p, 1, 2), "08", "c=1,2,3, n=j:01000000 sr=j:02000000 "},
+      {QXAnnotateSplineSurface("t", p, 1, 2, 3, 4, 5, 6, 7, 8), "09",
+       "c=1,2,3, n=j:01000000 sr=j:02000000 sgr=i:03000000 xr=i:04000000 w=50f t=60f "
+       "st=i:07000000 s=i:08000000 "},
+      {QXAnnotateTorus("t", p, 1, 2, q), "0A", "a=1,2,3, r1=10f r2=20f d=4,5,6, "},
+      {QXAnnotateText("t", p, "text"), "0B", "a=1,2,3, t='text' f=b:00 s=10f z=15f "},
+      {QXAnnotateSymbol("t", p, "name"), "0C", "a=1,2,3, t=->name "}};
+  for (const auto& [made, type, items] : cases)
+    EXPECT_EQ(Items(made),
+              "type=i:" + std::string(type) + "000000 title='t' color=c*:FFFFFFFF " + items);
 }
 
 TEST(QXAnnotation, GivesDefaultsForWhatIsMissingOrWrong) {
@@ -115,7 +109,8 @@ TEST(QXAnnotation, KeepsChildrenInOrder) {
 }
 
 TEST(QXAnnotation, RoundTripsWithChildrenThreeDeep) {
-  const QXBinaryIOHandler filled = Filled();
+  QXBinaryIOHandler filled;
+  ASSERT_TRUE(QXInitAnnotationHandlers(filled));
   QXAnnotation root = QXAnnotateSphere("root", p, 1, nullptr);
   QXAnnotation middle = QXAnnotateText("middle", p, "text"), inner = QXAnnotateBox("inner", p, q);
   middle.AddChild(inner.AddChild(QXAnnotateLine("leaf", p, q))).AddChild(inner);
@@ -139,7 +134,8 @@ TEST(QXAnnotation, RoundTripsWithChildrenThreeDeep) {
 }
 
 TEST(QXAnnotation, StoresWhatHasAForm) {
-  const QXBinaryIOHandler filled = Filled();
+  QXBinaryIOHandler filled;
+  ASSERT_TRUE(QXInitAnnotationHandlers(filled));
   const auto written = [&](const QXAnnotation& annotation) {
     return Written([&](qxostream& out) { return QXBinaryWrite(out, annotation, filled); });
   };

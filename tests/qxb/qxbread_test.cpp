@@ -5,6 +5,7 @@
 
 #include <new>
 #include <string>
+#include <tuple>
 
 #include "support.h"
 
@@ -26,12 +27,11 @@ TEST(QXBRead, GivesEveryValueTypeInBothByteOrders) {
   for (const StoredForm& form : storedForms) expected += "v=" + std::string(form.value) + " ";
   for (const std::string& payload :
        {Hex("01 3F") + StoredItems(), Hex("00 01") + StoredItems(/*foreign=*/true)}) {
-    QXContainer object, dripped;
-    EXPECT_EQ(ReadPayload(payload, object), 0u);
-    EXPECT_EQ(Describe(object), expected);
+    QXContainer object;
     DripStream drops(payload);
-    EXPECT_EQ(QXBReadPOD(drops, dripped, payload.size()), 0u);
-    EXPECT_EQ(Describe(dripped), expected);
+    EXPECT_EQ(ReadPayload(payload, object), 0u);
+    EXPECT_EQ(QXBReadPOD(drops, object, payload.size()), 0u);
+    EXPECT_EQ(Describe(object), expected + expected);
   }
   // Each mark speaks for its own family.
   QXContainer object;
@@ -42,11 +42,7 @@ TEST(QXBRead, GivesEveryValueTypeInBothByteOrders) {
 
 // Every row stands behind an int under "a", which stays whatever follows.
 TEST(QXBRead, TellsDamageAndKeepsWhatCameBefore) {
-  const struct {
-    std::vector<const char*> bytes;
-    unsigned status;
-    std::string items;  // behind the first
-  } cases[] = {
+  const std::tuple<std::vector<const char*>, unsigned, std::string> cases[] = {
       // Tags; what follows a type code without meaning is an item again.
       {{"39 01 02000000"}, 0, "UnknownQXB57=i:02000000 "},
       {{"7F 01 02000000"}, 0, "UnknownQXB127=i:02000000 "},
@@ -84,12 +80,12 @@ TEST(QXBRead, TellsDamageAndKeepsWhatCameBefore) {
       {{"00 81 'u' 60 1F 51 85 1F 83 00 81 'w'", "00 90 '!HandledQXBTag:u' 07 85 1F 83 00 81 'w'"},
        0,
        "w=(QXBase,31,1F83008177) "}};
-  for (const auto& c : cases)
-    for (const char* bytes : c.bytes) {
+  for (const auto& [variants, status, items] : cases)
+    for (const char* bytes : variants) {
       Reports reports;
       QXContainer object;
-      EXPECT_EQ(ReadPayload(Hex("01 3F") + intItem + Hex(bytes), object), c.status) << bytes;
-      EXPECT_EQ(Describe(object), intText + c.items) << bytes;
+      EXPECT_EQ(ReadPayload(Hex("01 3F") + intItem + Hex(bytes), object), status) << bytes;
+      EXPECT_EQ(Describe(object), intText + items) << bytes;
     }
 }
 
@@ -98,12 +94,10 @@ TEST(QXBRead, NeedsAllBytesOfABlock) {
   EXPECT_EQ(ReadPayload("\x01", object), 4u);
   EXPECT_EQ(ReadPayload("\x01\x3F", object), 0u);
   const std::string whole = Hex("01 3F") + intItem;
-  for (const unsigned long length : {whole.size() + 1, QXBMaxLength, 1UL << 62}) {
-    qxisstream in(whole);
-    EXPECT_EQ(QXBReadPOD(in, object, length), 4u);
-    EXPECT_TRUE(in.eof());
-  }
-  qxisstream in(whole);
+  qxisstream in;
+  for (const unsigned long length : {whole.size() + 1, QXBMaxLength, 1UL << 62})
+    EXPECT_TRUE(in.set(whole) && QXBReadPOD(in, object, length) == 4 && in.eof()) << length;
+  in.set(whole);
   EXPECT_THROW(QXBReadPOD(in, object, ~0UL), std::bad_alloc);
   EXPECT_EQ(Describe(object), "");
 }
@@ -121,23 +115,20 @@ TEST(QXBRead, KeepsUnreadValuesBesideAllOthers) {
 }
 
 TEST(QXBRead, ReadsHandledValues) {
-  const struct {
-    const char* body;
-    unsigned status;
-    const char* items;
-  } cases[] = {{"00 81 'c' 01 8A 01 3F 00 81 'i' 01 05000000", 0, "c={i=i:05000000 } "},
-               {"00 81 'c'", 0, "c={} "},
-               {"36", 0, "QXGroup={} "},
-               {"00 85 'c'", 0, ""},
-               {"C8 07", 0, ""},
-               {"00 81 'c' 01", 6, ""},
-               {"00 81 'c' 01 81 01", 4, ""},
-               {"00 81 'c' C8 81 07", 0, "c={QXUnknownQXBData=(,200,07) } "}};
-  for (const auto& c : cases) {
+  const std::tuple<const char*, unsigned, const char*> cases[] = {
+      {"00 81 'c' 01 8A 01 3F 00 81 'i' 01 05000000", 0, "c={i=i:05000000 } "},
+      {"00 81 'c'", 0, "c={} "},
+      {"36", 0, "QXGroup={} "},
+      {"00 85 'c'", 0, ""},
+      {"C8 07", 0, ""},
+      {"00 81 'c' 01", 6, ""},
+      {"00 81 'c' 01 81 01", 4, ""},
+      {"00 81 'c' C8 81 07", 0, "c={QXUnknownQXBData=(,200,07) } "}};
+  for (const auto& [body, status, items] : cases) {
     QXContainer holder;
-    const std::string item = Counted(Hex("00 81 'x' 60 1F 51"), Counted("\x35", Hex(c.body)));
-    EXPECT_EQ(ReadPayload(Hex("01 3F") + item, holder, ContainerHandler()), c.status) << c.body;
-    EXPECT_EQ(Describe(holder), c.items) << c.body;
+    const std::string item = Counted(Hex("00 81 'x' 60 1F 51"), Counted("\x35", Hex(body)));
+    EXPECT_EQ(ReadPayload(Hex("01 3F") + item, holder, ContainerHandler()), status) << body;
+    EXPECT_EQ(Describe(holder), items) << body;
   }
 }
 
@@ -162,19 +153,16 @@ TEST(QXBRead, FindsTheFirstReaderOfTagAndTypeOrKeepsTheRecord) {
 TEST(QXBRead, ReadsGroupsIntoOneObjectAndStandsBehindThem) {
   const QXBinaryIOHandler handler = ContainerHandler();
   const std::string pod = Block(intItem);
-  const struct {
-    std::string payload;
-    unsigned status;
-    std::string items;
-  } cases[] = {{Counted("\x36", pod) + pod, 0, intText + intText},
-               {pod + Hex("1F"), 6, intText},
-               {Hex("01 81 01") + pod, 4, ""}};
-  for (const auto& c : cases) {
+  const std::tuple<std::string, unsigned, std::string> cases[] = {
+      {Counted("\x36", pod) + pod, 0, intText + intText},
+      {pod + Hex("1F"), 6, intText},
+      {Hex("01 81 01") + pod, 4, ""}};
+  for (const auto& [payload, status, items] : cases) {
     QXContainer object;
-    qxisstream in(Counted("\x36", c.payload) + pod);
-    EXPECT_EQ(QXBinaryRead(in, object, handler), c.status);
+    qxisstream in(Counted("\x36", payload) + pod);
+    EXPECT_EQ(QXBinaryRead(in, object, handler), status);
     EXPECT_EQ(QXBinaryRead(in, object, handler), 0u);
-    EXPECT_EQ(Describe(object), c.items + intText);
+    EXPECT_EQ(Describe(object), items + intText);
   }
   QXContainer object;
   qxisstream cut(Counted("\x36", pod).substr(0, 8));

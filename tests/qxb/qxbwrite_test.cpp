@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 
 #include <qxsystem/platform/compress.h>
 
@@ -71,29 +72,27 @@ TEST(QXBWrite, PutsHandledAndUnreadValuesIntoEnvelopes) {
 
 TEST(QXBWrite, TreatsSomeNamesInTheirOwnWay) {
   const std::string longest(1023, 'n'), inEnvelope(1008, 'n'), zero(1, '\0');
-  const struct {
-    std::string name;
-    std::string tag;  // as stored, "" for an item left out, "false" for a block refused
-    unsigned warnings;
-  } cases[] = {{"QXGroup", "\x36", 0},
-               {"UnknownQXB313", "\x39", 0},
-               {"UnknownQXB57x", "\x39", 0},
-               {"UnknownQXB0", Counted(zero, "UnknownQXB0"), 0},
-               {"UnknownQXB200", "false", 0},
-               {"UnknownQXB-1", "false", 0},
-               {longest, Counted(zero, longest), 0},
-               {longest + "n", "", 1},
-               {"", "", 0}};
+  // The tag as stored, "" for an item left out, "false" for a block refused; the warnings.
+  const std::tuple<std::string, std::string, unsigned> cases[] = {
+      {"QXGroup", "\x36", 0},
+      {"UnknownQXB313", "\x39", 0},
+      {"UnknownQXB57x", "\x39", 0},
+      {"UnknownQXB0", Counted(zero, "UnknownQXB0"), 0},
+      {"UnknownQXB200", "false", 0},
+      {"UnknownQXB-1", "false", 0},
+      {longest, Counted(zero, longest), 0},
+      {longest + "n", "", 1},
+      {"", "", 0}};
   QXContainer object;
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
+  for (const auto& [name, tag, warnings] : cases) {
+    SCOPED_TRACE(name);
     Reports reports;
     object.Clear();
     object.AddData<int>("a", 1);
-    object.AddData<int>(c.name.c_str(), 5);
-    const std::string item = c.tag.empty() ? "" : c.tag + Hex("01 05000000");
-    EXPECT_EQ(Write(object), c.tag == "false" ? "false: " : Block(intItem + item));
-    EXPECT_EQ(reports.NumMessages(), c.warnings);
+    object.AddData<int>(name.c_str(), 5);
+    const std::string item = tag.empty() ? "" : tag + Hex("01 05000000");
+    EXPECT_EQ(Write(object), tag == "false" ? "false: " : Block(intItem + item));
+    EXPECT_EQ(reports.NumMessages(), warnings);
   }
   Reports reports;
   EXPECT_EQ(Write(object, QXBinaryIOHandler(), longest),
@@ -128,24 +127,20 @@ TEST(QXBWrite, AsksTheFirstFunctorOfAValuesType) {
   object.SetData<int>("a", 1);
   const std::string rest =
       Hex("00 83 'off' 60 00 92 '!HandledQXBTag:off' 51 83 '456' 00 82 'on' 02 01") + intItem;
-  const struct {
-    ValueWriter<unsigned> writer;
-    std::string item;
-    const char* log;
-  } cases[] = {
+  const std::tuple<ValueWriter<unsigned>, std::string, const char*> cases[] = {
       {ValueWriter<unsigned>("123"), Hex("00 81 'u' 60 00 90 '!HandledQXBTag:u' 51 83 '123'"), ""},
       {ValueWriter<unsigned>(""), "", ""},
       {ValueWriter<unsigned>("123", false), "",
        "level = 4\nWarning: Failed to write QXBase data for tag u.  Skipping...\n"}};
-  for (const auto& c : cases) {
+  for (const auto& [writer, item, log] : cases) {
     Reports reports;
     QXBinaryIOHandler handler;
-    handler.SetBaseWriteFxn(c.writer);
+    handler.SetBaseWriteFxn(writer);
     handler.SetBaseWriteFxn(ValueWriter<unsigned>("second"));
     handler.SetBaseWriteFxn(ValueWriter<bool>("456"));
     handler.SetBaseWriteFxn(ValueWriter<int>("no: an int has a form"));
-    EXPECT_EQ(Write(object, handler), Block(c.item + rest));
-    EXPECT_EQ(reports.GetErrorLog(), c.log);
+    EXPECT_EQ(Write(object, handler), Block(item + rest));
+    EXPECT_EQ(reports.GetErrorLog(), log);
   }
 }
 

@@ -3,16 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <ctime>
+#include <utility>
 
-#include <qxsystem/core/errortest.h>
 #include <qxsystem/core/version.h>
 #include <qxsystem/interface/interface.h>
 #include <qxsystem/interface/parameter_concrete.h>
 #include <qxsystem/platform/clock.h>
 
-#include "qxb/support.h"
+#include "support.h"
 
-using namespace QXSystem;
+using namespace qxbtest;
 
 namespace {
 
@@ -113,36 +113,32 @@ TEST(QXHeader, FlattensTheHistoryOfItsParent) {
   EXPECT_EQ(History(grown), "B-DBACCAB");  // behind what is left of B's own history
   grown.Clear();
   EXPECT_EQ(kept->GetProgram(), "C");  // of copies
+
+  // Items of other types under numbers give way, names that only look like them stay.
+  grown.SetData<int>("0", 5);
+  grown.AddHistory(a);
+  EXPECT_EQ(History(grown), "A");
+  grown.SetData<int>("01", 5);
+  EXPECT_EQ(Header("B", &grown).GetData<QXHeader>("1").GetData<int>("01"), 5);
 }
 
 // Counts that the items do not bear out, from history to history, or from damage.
 TEST(QXHeader, PutsEmptyHeadersWhereSomeAreMissing) {
-  const struct {
-    int count;
-    unsigned headers;
-  } cases[] = {{-1, 0}, {-2147483647 - 1, 0}, {40, 40}, {2147483647, 15 + 4096}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.count);
+  const std::pair<int, unsigned> cases[] = {
+      {-1, 0}, {-2147483647 - 1, 0}, {40, 40}, {2147483647, 15 + 4096}};
+  for (const auto& [count, headers] : cases) {
+    SCOPED_TRACE(count);
     QXHeader header = Header("H"), child;
-    header.SetData<int>("history", c.count);
-    EXPECT_EQ(History(header), std::string(c.headers, '-'));
+    header.SetData<int>("history", count);
+    EXPECT_EQ(History(header), std::string(headers, '-'));
     EXPECT_FALSE(QXHasTag("5000"));
     child.AddHistory(header);
-    EXPECT_EQ(child.GetData<int>("history"), static_cast<int>(c.headers + 1));
+    EXPECT_EQ(child.GetData<int>("history"), static_cast<int>(headers + 1));
   }
   QXHeader sparse;
   sparse.SetData<int>("history", 6);
   sparse.SetData("5", Header("F"));
   EXPECT_EQ(History(sparse), "F-----");
-}
-
-TEST(QXHeader, ReplacesItemsOfOtherTypesInItsHistory) {
-  QXHeader header;
-  header.SetData<int>("0", 5);
-  header.AddHistory(Header("A"));
-  EXPECT_EQ(History(header), "A");
-  header.SetData<int>("01", 5);  // no name of an earlier header
-  EXPECT_EQ(Header("B", &header).GetData<QXHeader>("1").GetData<int>("01"), 5);
 }
 
 }  // namespace

@@ -107,31 +107,31 @@ inline std::string Describe(const QXBase& object) {
 // A value as DescribeValue shows it, its stored form on a host of our byte order
 // and, where that makes a difference, on one of the other.
 struct StoredForm {
-  const char *value, *native, *foreign;
+  const char *value, *native, *foreign = nullptr;
 };
 inline const StoredForm storedForms[] = {
-    {"b:01", "02 01", nullptr},
+    {"b:01", "02 01"},
     {"i:04030201", "01 04030201", "01 01020304"},
     {"f:0000C03F", "04 0000C03F", "04 3FC00000"},
     {"d:9A9999999999B93F", "08 9A999999 9999B93F", "08 3FB99999 9999999A"},
-    {"'ab'", "10 82 'ab'", nullptr},
-    {"''", "10 80", nullptr},
+    {"'ab'", "10 82 'ab'"},
+    {"''", "10 80"},
     {"i*:04030201FEFFFFFF", "20 88 04030201 FEFFFFFF", "20 88 01020304 FFFFFFFE"},
     {"j*:01000080", "40 84 01000080", "40 84 80000001"},
-    {"b*:0100", "03 82 0100", nullptr},
+    {"b*:0100", "03 82 0100"},
     {"f*:0000C03F00000080", "05 88 0000C03F 00000080", "05 88 3FC00000 80000000"},
     {"d*:000000000000F8BF", "11 88 00000000 0000F8BF", "11 88 BFF80000 00000000"},
     {"half*:003E00C0", "12 01 84 003E 00C0", "12 00 84 3E00 C000"},
-    {"c*:7879", "06 82 'xy'", nullptr},
-    {"h*:00FF", "07 82 00FF", nullptr},
-    {"b[]:010001", "50 83 010001", nullptr},
-    {"b[]:", "50 80", nullptr},
-    {"c[]:61FF", "51 82 61FF", nullptr},
-    {"h[]:807F", "52 82 807F", nullptr},
+    {"c*:7879", "06 82 'xy'"},
+    {"h*:00FF", "07 82 00FF"},
+    {"b[]:010001", "50 83 010001"},
+    {"b[]:", "50 80"},
+    {"c[]:61FF", "51 82 61FF"},
+    {"h[]:807F", "52 82 807F"},
     {"s[]:0201FEFF", "53 01 84 0201 FEFF", "53 FE 84 0102 FFFE"},
     {"t[]:00FF", "54 01 82 00FF", "54 00 82 FF00"},
     {"i[]:0D0C0B0A", "55 84 0D0C0B0A", "55 84 0A0B0C0D"},
-    {"i[]:", "55 80", nullptr},
+    {"i[]:", "55 80"},
     {"j[]:01000000FE000000", "56 88 01000000 FE000000", "56 88 00000001 000000FE"},
     {"f[]:CDCCCC3D", "57 84 CDCCCC3D", "57 84 3DCCCCCD"},
     {"d[]:000000000000F83F", "58 88 00000000 0000F83F", "58 88 3FF80000 00000000"},
@@ -166,17 +166,19 @@ inline std::string UnknownRecords() {
 // The int 1 under "a", and how Describe shows it.
 inline const std::string intItem = Hex("00 81 'a' 01 01000000"), intText = "a=i:01000000 ";
 
-// Writes the data of a QXContainer, as a value too.
-class ContainerWriter : public QXWriteFxn<QXContainer> {
+// Writes the data of a T, as a value too.
+template <class T>
+class PODWriter : public QXWriteFxn<T> {
 public:
   const char* GetTag() const override { return "QXBasePOD"; }
-  const void* GetType() const override { return QXGetDataType<QXContainer>(); }
-  ContainerWriter* CreateCopy() const override { return new ContainerWriter(*this); }
-  bool operator()(qxostream& out, const QXContainer& object,
+  const void* GetType() const override { return QXGetDataType<T>(); }
+  PODWriter* CreateCopy() const override { return new PODWriter(*this); }
+  bool operator()(qxostream& out, const T& object,
                   const QXBinaryIOHandlerBase& handler) const override {
     return QXBWriteQXBase(out, object, GetTag(), handler);
   }
 };
+using ContainerWriter = PODWriter<QXContainer>;
 
 // Reads and writes QXContainers, as values of one another too, and groups.
 inline QXBinaryIOHandler ContainerHandler() {
