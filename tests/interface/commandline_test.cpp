@@ -5,12 +5,7 @@
 
 #include <cstdlib>
 
-#include <gtest/gtest.h>
-
 #include <qxsystem/interface/files.h>
-#include <qxsystem/interface/interface.h>
-#include <qxsystem/interface/parameter_concrete.h>
-#include <qxsystem/platform/ostream.h>
 
 #include "interface/support.h"
 #include "platform/temp_dir.h"

@@ -1,15 +1,10 @@
 #include <qxsystem/interface/files.h>
 
-#include <gtest/gtest.h>
 #include <rapidjson/document.h>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
-#include <qxsystem/interface/interface.h>
-#include <qxsystem/interface/parameter_concrete.h>
 #include <qxsystem/interface/writer.h>
-#include <qxsystem/platform/istream.h>
-#include <qxsystem/platform/ostream.h>
 
 #include "interface/support.h"
 #include "platform/temp_dir.h"

@@ -1,9 +1,5 @@
 #include <qxsystem/interface/interface.h>
 
-#include <gtest/gtest.h>
-
-#include <qxsystem/interface/parameter_concrete.h>
-
 #include "interface/support.h"
 
 using namespace QXSystem;

@@ -1,11 +1,7 @@
 #include <qxsystem/interface/options.h>
 
-#include <gtest/gtest.h>
-
 #include <qxsystem/core/error.h>
-#include <qxsystem/interface/interface.h>
 #include <qxsystem/interface/interface_opts.h>
-#include <qxsystem/interface/parameter_concrete.h>
 
 #include "interface/support.h"
 

@@ -4,12 +4,6 @@
 
 #include <memory>
 
-#include <gtest/gtest.h>
-
-#include <qxsystem/core/errortest.h>
-#include <qxsystem/interface/interface.h>
-#include <qxsystem/platform/ostream.h>
-
 #include "interface/support.h"
 #include "platform/temp_dir.h"
 
@@ -77,14 +71,11 @@ TEST(QXStringParameter, MatchesItsListsInAnyCase) {
   QXStringParameter p("-s");
   EXPECT_TRUE(p.IsLegalString("anything"));
   EXPECT_FALSE(p.AddLegalRange("a", "b") || p.AddIllegalRange("a", "b"));
-  p.AddLegalValue("*.SDF");
-  p.AddLegalValue("none");
-  p.AddIllegalValue("Old*");
+  p.AddLegalValue("*.SDF"), p.AddLegalValue("none"), p.AddIllegalValue("Old*");
   for (const char* good : {"x.sdf", "X.Sdf", "NONE"}) EXPECT_TRUE(p.IsLegalString(good)) << good;
   for (const char* bad : {"x.mol", "old.sdf", "nonesuch"})
     EXPECT_FALSE(p.IsLegalString(bad) || p.IsLegal(bad)) << bad;
-  p.AddStringValue("A");
-  ASSERT_TRUE(p.Load());
+  EXPECT_TRUE(p.AddStringValue("A") && p.Load());
   EXPECT_TRUE(p.IsSetToString("A") && !p.IsSetToString("a"));  // exact, unlike legality
 }
 
@@ -131,8 +122,7 @@ TEST(QXBitParameter, TakesCombinationsOfItsFlags) {
   unsigned mask = 7;
   EXPECT_TRUE(p.GetMask("A,b", mask) && mask == 3);
   EXPECT_TRUE(p.GetMask("", mask) && mask == 0);
-  EXPECT_FALSE(p.GetMask("a, b", mask));  // " b" is no flag
-  EXPECT_EQ(mask, 0u);
+  EXPECT_TRUE(!p.GetMask("a, b", mask) && mask == 0);  // " b" is no flag
   for (const char* good : {"a,b", "3", "9", ""}) EXPECT_TRUE(p.IsLegalString(good)) << good;
   for (const char* bad : {"0", "4", "a,c"}) EXPECT_FALSE(p.IsLegalString(bad)) << bad;
 
@@ -185,8 +175,7 @@ TEST(QXFileParameter, HoldsTheBytesAfterTheFileHasGone) {
   {
     const TempDir dir;
     name = dir.Write("file", "bytes");
-    EXPECT_TRUE(p.SetStringValue(name) && p.Load());
-    EXPECT_TRUE(p.IsSetToString(name));
+    EXPECT_TRUE(p.SetStringValue(name) && p.Load() && p.IsSetToString(name));
     // No file, an empty one, a directory, one that tells no size but 0, one without end.
     QXFileParameter q("-q");
     for (const std::string& bad : {dir.Path("none"), dir.Write("empty", ""), dir.Path(""),

@@ -1,4 +1,4 @@
-// What the tests of the command-line system share.
+// What the tests of the command-line system share, and the headers that most use.
 #pragma once
 
 #include <algorithm>
@@ -13,6 +13,9 @@
 #include <qxsystem/core/errortest.h>
 #include <qxsystem/core/iter.h>
 #include <qxsystem/interface/interface.h>
+#include <qxsystem/interface/parameter_concrete.h>
+#include <qxsystem/platform/istream.h>
+#include <qxsystem/platform/ostream.h>
 
 using Texts = std::vector<std::string>;
 

@@ -1,10 +1,5 @@
 #include <qxsystem/interface/systemnamespace.h>
 
-#include <gtest/gtest.h>
-
-#include <qxsystem/interface/interface.h>
-#include <qxsystem/interface/parameter_concrete.h>
-
 #include "interface/support.h"
 
 using namespace QXSystem;

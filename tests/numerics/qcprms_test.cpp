@@ -13,6 +13,8 @@
 #include <qxsystem/numerics/regrotation.h>
 #include <qxsystem/numerics/simplerms.h>
 
+#include "rotation.h"
+
 using namespace QXMath;
 using namespace QXSystem;
 
@@ -51,15 +53,6 @@ struct Lists {
     return squares / weight;
   }
 };
-
-// A proper rotation is its own matrix of cofactors.
-void ExpectProper(const double* r) {
-  for (int i = 0; i < 9; ++i) {
-    const double *p = r + (i / 3 + 1) % 3 * 3, *q = r + (i / 3 + 2) % 3 * 3;
-    const int k = (i + 1) % 3, l = (i + 2) % 3;
-    EXPECT_NEAR(r[i], p[k] * q[l] - p[l] * q[k], 1e-14);
-  }
-}
 
 }  // namespace
 
@@ -145,15 +138,14 @@ TEST(Superposition, AgreesWithTheRobustRoute) {
 TEST(Superposition, TellsWhyItFallsBack) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
   const std::vector<double> line = {0, 0, 0, 1, 2, 3, 2, 4, 6, 5, 10, 15}, point(12, 1.0);
-  const std::vector<double> four = {1, 1, 1, 1, -1, -1, -1, 1, -1, -1, -1, 1};
-  const auto times = [&four](double factor) {
-    std::vector<double> scaled = four;
-    for (double& x : scaled) x *= factor;
-    return scaled;
+  const auto times = [](double f) {
+    return std::vector<double>{f, f, f, f, -f, -f, -f, f, -f, -f, -f, f};
   };
+  const std::vector<double> four = times(1);
   const std::string few = "QN RMS requires 3 independent coordinates. Falling back to Jacobi RMS.";
   const std::string newton = "Newton raphson failed. Falling back to Jacobi RMS.";
-  const std::string rotation = "Failed to generate rotation matrix. Falling back to Jacobi RMS.";
+  const std::string turn = "Failed to generate rotation matrix. Falling back to Jacobi RMS.";
+  const std::string root = "Sqrt yields non-normal number";  // and more
   const struct {
     const char* name;
     Lists lists;
@@ -167,13 +159,9 @@ TEST(Superposition, TellsWhyItFallsBack) {
       {"inverted", {four, times(-1), {}}, false, newton, 2},
       {"NaN", {four, times(nan), {}}, true, newton, nan},
       {"no weight", {four, times(2), {1, -1, 1, -1}}, true, newton, nan},
-      {"line", {line, line, {}}, true, rotation, 0},
+      {"line", {line, line, {}}, true, turn, 0},
       {"line, distance only", {line, line, {}}, false, "", 0},
-      {"odd weights",
-       {four, times(2), {-4, 1, 1, -3}},
-       false,
-       "Sqrt yields non-normal number",
-       nan},
+      {"odd weights", {four, times(2), {-4, 1, 1, -3}}, false, root, nan},
       {"above 0.001", {four, times(1.0006), {}}, true, "", 0.0006 * std::sqrt(3)},
       {"below 0.001", {four, times(1.0005), {}}, true, "", 0},
   };

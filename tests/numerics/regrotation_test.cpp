@@ -11,8 +11,6 @@
 using namespace QXMath;
 using namespace QXSystem;
 
-static constexpr double Pi = 3.14159265358979323846;
-
 TEST(QXGenerateRotationMatrix, TurnsByRodriguesForm) {
   std::mt19937_64 random(1);
   std::normal_distribution<double> normal;
@@ -55,8 +53,8 @@ TEST(QXHealPix, FollowsPixelsAndTurnsInSixSizes) {
     for (unsigned turn = 0; turn < c.turns; ++turn)
       for (std::size_t ring = 0; ring < c.z.size(); ++ring)
         for (unsigned pixel = 0; pixel < c.perRing; ++pixel, q += 4) {
-          const double half = std::acos(c.z[ring]) / 2, psi = (turn + 0.5) * Pi / c.turns;
-          const double phi = (2 * pixel + (ring % 2 == 0)) * Pi / c.perRing;
+          const double half = std::acos(c.z[ring]) / 2, psi = (turn + 0.5) * M_PI / c.turns;
+          const double phi = (2 * pixel + (ring % 2 == 0)) * M_PI / c.perRing;
           EXPECT_NEAR(q[0], std::cos(half) * std::cos(psi), 1e-15);
           EXPECT_NEAR(q[1], std::sin(half) * std::sin(psi - phi), 1e-15);
           EXPECT_NEAR(q[2], std::sin(half) * std::cos(psi - phi), 1e-15);

@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <random>
-#include <thread>
 
 #include "support.h"
+#include "support/smallstack.h"
 
 using namespace recordtest;
 
@@ -410,24 +410,6 @@ TEST(Record, TakesManyFields) {
   EXPECT_TRUE(read.FromBytes(record.ToBytes()));
   for (int i = 1; i < count; i += 2) read.DeleteField(QXFieldBase(std::to_string(1000000 + i)));
   EXPECT_EQ(read.GetFields().size(), static_cast<std::size_t>(count / 2));
-}
-
-// Runs `work` on a thread with 1 MiB of stack.
-template <class F>
-void OnSmallStack(F work) {
-  pthread_attr_t attributes;
-  pthread_attr_init(&attributes);
-  pthread_attr_setstacksize(&attributes, 1 << 20);
-  pthread_t thread;
-  pthread_create(
-      &thread, &attributes,
-      [](void* f) -> void* {
-        (*static_cast<F*>(f))();
-        return nullptr;
-      },
-      &work);
-  pthread_join(thread, nullptr);
-  pthread_attr_destroy(&attributes);
 }
 
 // Live objects inside one another, as only programs make them: children, or

@@ -133,18 +133,15 @@ TEST(FieldMeta, KnowsRelations) {
 
 TEST(Field, HasTypeNameAndFlags) {
   QXField<long> field("a", QXFieldMeta().SetOption(Hidden), /*readonly=*/true, /*nullable=*/false);
-  EXPECT_TRUE(field.IsValid() && field.IsReadonly() && !field.IsNullable());
-  EXPECT_TRUE(field.GetMeta().HasOption(Hidden));
   field.SetMetaMatch(true);
   field.SetName("b");
   const QXFieldBase copy = field;
-  EXPECT_TRUE(copy.IsMetaMatch() && copy.IsReadonly());
+  EXPECT_TRUE(copy.IsValid() && copy.IsMetaMatch() && copy.IsReadonly() && !copy.IsNullable());
+  EXPECT_TRUE(copy.GetMeta().HasOption(Hidden));
   EXPECT_EQ(copy.GetName() + copy.GetTypeName(), "bInt");
   EXPECT_FALSE(QXFieldBase().IsValid() || QXFieldBase("x").IsValid());
 
-  const QXFieldBase user = MakeFieldBase("u", "a:b:T", {}, /*readonly=*/false, /*nullable=*/true);
-  EXPECT_EQ(user.GetTypeName(), "a:b:T");
-  EXPECT_TRUE(user.IsNullable());
+  EXPECT_TRUE(MakeFieldBase("u", "a:b:T", {}, /*readonly=*/false, /*nullable=*/true).IsNullable());
   EXPECT_EQ(MakeFieldBase("u", ":T").GetTypeName(), "T");
 }
 

@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-#include <limits>
+#include <sstream>
 
 #include "support.h"
 
@@ -12,43 +11,31 @@ using namespace recordtest;
 namespace {
 
 TEST(RecordBuffer, StoresIntegers) {
-  const struct {
-    long value;
-    const char* bytes;
-  } cases[] = {{0, "00"},
-               {127, "7F"},
-               {128, "828000"},
-               {255, "82FF00"},
-               {256, "820001"},
-               {32767, "82FF7F"},
-               {32768, "83008000"},
-               {8388608, "8400008000"},
-               {2147483648, "850000008000"},
-               {-1, "81FF"},
-               {-127, "8181"},
-               {-128, "8280FF"},
-               {-256, "8200FF"},
-               {-32768, "830080FF"},
-               {std::numeric_limits<long>::max(), "88FFFFFFFFFFFFFF7F"},
-               {-std::numeric_limits<long>::max(), "880100000000000080"},
-               {std::numeric_limits<long>::min(), "880000000000000080"}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.value);
+  std::istringstream cases(
+      "0 00  127 7F  128 828000  255 82FF00  256 820001  32767 82FF7F  32768 83008000 "
+      "8388608 8400008000  2147483648 850000008000 "
+      "-1 81FF  -127 8181  -128 8280FF  -256 8200FF  -32768 830080FF "
+      "9223372036854775807 88FFFFFFFFFFFFFF7F  -9223372036854775807 880100000000000080 "
+      "-9223372036854775808 880000000000000080");
+  long number;
+  for (std::string stored; cases >> number >> stored;) {
+    SCOPED_TRACE(number);
     QXWriteBuffer out;
-    out.WriteInt(c.value);
-    EXPECT_EQ(ToHex(out.Get()), c.bytes);
+    out.WriteInt(number);
+    EXPECT_EQ(ToHex(out.Get()), stored);
     const QXBytes cutOff(out.Get().begin(), out.Get().end() - 1);
     QXReadBuffer in(out.Get()), raw(out.Get()), cut(cutOff);
     bool isNone = true;
-    EXPECT_EQ(in.ReadInt(isNone), c.value);
+    EXPECT_EQ(in.ReadInt(isNone), number);
     EXPECT_FALSE(isNone || in.IsValid());
     EXPECT_EQ(raw.ReadRawBytes<long>(), out.Get());
     EXPECT_EQ(cut.ReadInt(isNone), 0);
     EXPECT_TRUE(isNone && !cut.IsValid());
     // Without the prefix it is the value of an Int field.
-    const bool isShort = c.value >= 0 && c.value < 128;
-    EXPECT_EQ(ToHex(Types::Int.ToBytes(c.value)), c.bytes + (isShort ? 0 : 2));
+    const bool isShort = number >= 0 && number < 128;
+    EXPECT_EQ(ToHex(Types::Int.ToBytes(number)), stored.substr(isShort ? 0 : 2));
   }
+  EXPECT_TRUE(cases.eof());
 }
 
 TEST(RecordBuffer, StoresOtherValuesAndNones) {
@@ -120,15 +107,16 @@ TEST(RecordBuffer, ReadsPrefixesThatAreNoIntegersAsNone) {
 }
 
 TEST(RecordBuffer, BelievesNoLengthThatCannotBe) {
+  constexpr unsigned long Bad = QXReadBuffer::BadLength;
   const struct {
     const char* bytes;
     unsigned long length;
     bool isNone;
   } cases[] = {{"02 'ab'", 2, false},
-               {"03 'ab'", QXReadBuffer::BadLength, false},
-               {"81FF", QXReadBuffer::BadLength, false},
-               {"87 00000000000008", QXReadBuffer::BadLength, false},
-               {"88 0000000000000080", QXReadBuffer::BadLength, false},
+               {"03 'ab'", Bad, false},
+               {"81FF", Bad, false},
+               {"87 00000000000008", Bad, false},
+               {"88 0000000000000080", Bad, false},
                {"80", 0, true},
                {"82 01", 0, true},
                {"", 0, true}};
@@ -141,7 +129,7 @@ TEST(RecordBuffer, BelievesNoLengthThatCannotBe) {
     EXPECT_EQ(isNone, c.isNone);
     std::string tag;
     QXReadBuffer content;
-    if (c.length == QXReadBuffer::BadLength) {
+    if (c.length == Bad) {
       EXPECT_THROW(text.ReadString(), std::length_error);
       EXPECT_THROW(blob.ReadBlob(), std::length_error);
       EXPECT_EQ(limited.ReadString(isNone, 16), "");

@@ -44,29 +44,21 @@ TEST(RecordStream, HoldsRecordsBackToBack) {
 }
 
 TEST(RecordStream, EndsAtDamage) {
-  const struct {
-    const char *stream, *bytes;
-  } cases[] = {{"00 05 'xxxxx'", ""},
-               {"0B 'eleven byte' 00", "0B 'eleven byte' 00"},
-               {"0C 'twelve bytes' 00", ""},
-               {"810C 'twelve bytes' 00", ""},
-               {"8103 'tag' 8102 'ab'", "03 'tag' 02 'ab'"},
-               {"03 'tag'", ""},
-               {"03 'tag' 80", ""},
-               {"03 'tag' 89", ""},
-               {"03 'tag' 81FF", ""},
-               {"03 'tag' 87 00000000000008 'ab'", ""},
-               {"03 'tag' 86 000000000008 'ab'", ""},
-               {"03 'tag' 03 'ab'", ""},
-               {"'{\"version\":[1,0]}'", ""}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.stream);
-    qxisstream in(Hex(c.stream)), again(Hex(c.stream));
-    EXPECT_EQ(ToHex(QXReadRecordBytes(in)), ToHex(Bytes(c.bytes)));
+  const auto expectBytes = [](const char* stream, const char* bytes) {
+    SCOPED_TRACE(stream);
+    qxisstream in(Hex(stream)), again(Hex(stream));
+    EXPECT_EQ(ToHex(QXReadRecordBytes(in)), ToHex(Bytes(bytes)));
     QXRecord record;
     QXReadRecord(record, again, "binary");
     EXPECT_EQ(in.tell(), again.tell());
-  }
+  };
+  expectBytes("0B 'eleven byte' 00", "0B 'eleven byte' 00");
+  expectBytes("8103 'tag' 8102 'ab'", "03 'tag' 02 'ab'");
+  for (const char* const damaged :
+       {"00 05 'xxxxx'", "0C 'twelve bytes' 00", "810C 'twelve bytes' 00", "03 'tag'",
+        "03 'tag' 80", "03 'tag' 89", "03 'tag' 81FF", "03 'tag' 87 00000000000008 'ab'",
+        "03 'tag' 86 000000000008 'ab'", "03 'tag' 03 'ab'", "'{\"version\":[1,0]}'"})
+    expectBytes(damaged, "");
 }
 
 TEST(RecordStream, TellsThatBytesWereRefused) {

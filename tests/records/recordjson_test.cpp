@@ -1,7 +1,6 @@
 #include <qxsystem/records/recordjson.h>
 
 #include <gtest/gtest.h>
-#include <pthread.h>
 
 #include <limits>
 
@@ -9,6 +8,8 @@
 #include <qxsystem/platform/istream.h>
 #include <qxsystem/platform/ostream.h>
 #include <qxsystem/records/recordio.h>
+
+#include "support/smallstack.h"
 
 using namespace QXDataFlow;
 using namespace QXSystem;
@@ -283,29 +284,21 @@ std::string Nested(unsigned levels) {
   return Document(FieldWith("Bool", R"(,"child":{"k":)" + inner + R"(},"value":true)"));
 }
 
-void* ConvertNested(void*) {
-  const QXPushSimpleQXThrowTester reports;
-  QXRecord read, outer;
-  EXPECT_TRUE(QXRecordFromJSON(read, Nested(128)));
-  EXPECT_EQ(QXRecordToJSON(read), Nested(128));
-  EXPECT_EQ(reports.NumMessages(), 0u);
-  outer.SetBytes(QXField<QXRecord>("f"), read.ToBytes());
-  EXPECT_EQ(QXRecordToJSON(outer), "");
-  // The innermost of 129 is left out with its field.
-  EXPECT_TRUE(QXRecordFromJSON(read, Nested(129)));
-  EXPECT_EQ(QXRecordToJSON(read).size() + Field("Record", Document("")).size(), Nested(129).size());
-  EXPECT_EQ(reports.NumMessagesAtLevel(QXErrorLevel::Warning), 2u);
-  return nullptr;
-}
-
 TEST(RecordJSON, NestsUpTo128LevelsOnASmallStack) {
-  pthread_t thread;
-  pthread_attr_t attributes;
-  pthread_attr_init(&attributes);
-  pthread_attr_setstacksize(&attributes, 1 << 20);
-  ASSERT_EQ(pthread_create(&thread, &attributes, ConvertNested, nullptr), 0);
-  pthread_join(thread, nullptr);
-  pthread_attr_destroy(&attributes);
+  OnSmallStack([] {
+    const QXPushSimpleQXThrowTester reports;
+    QXRecord read, outer;
+    EXPECT_TRUE(QXRecordFromJSON(read, Nested(128)));
+    EXPECT_EQ(QXRecordToJSON(read), Nested(128));
+    EXPECT_EQ(reports.NumMessages(), 0u);
+    outer.SetBytes(QXField<QXRecord>("f"), read.ToBytes());
+    EXPECT_EQ(QXRecordToJSON(outer), "");
+    // The innermost of 129 is left out with its field.
+    EXPECT_TRUE(QXRecordFromJSON(read, Nested(129)));
+    EXPECT_EQ(QXRecordToJSON(read).size() + Field("Record", Document("")).size(),
+              Nested(129).size());
+    EXPECT_EQ(reports.NumMessagesAtLevel(QXErrorLevel::Warning), 2u);
+  });
 }
 
 }  // namespace
