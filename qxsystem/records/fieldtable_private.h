@@ -169,7 +169,10 @@ public:
       }
       return *this;
     }
-    bool operator!=(const Iterator& other) const { return item_ != other.item_; }
+    // A block may begin where the last one ends, so the place alone is not enough.
+    bool operator!=(const Iterator& other) const {
+      return item_ != other.item_ || next_ != other.next_;
+    }
 
   private:
     const Item *item_, *end_;    // in the present block
@@ -182,7 +185,8 @@ public:
   Iterator end() const {
     const Block& last = more_.empty() ? first_ : more_.back();
     const Item* const item = last.data() + last.size();
-    return {item, item, nullptr, nullptr};
+    const Block* const behind = more_.data() + more_.size();
+    return {item, item, behind, behind};
   }
 
   bool IsEmpty() const { return size_ == 0; }
