@@ -25,6 +25,13 @@
 #include <qxsystem/records/types.h>
 #include <qxsystem/util/uuid.h>
 
+#ifdef __SANITIZE_THREAD__
+// The sanitizer would wait a second at the end of each of the many processes.
+extern "C" const char* __tsan_default_options() {
+  return "atexit_sleep_ms=0";
+}
+#endif
+
 namespace QXSystem {
 namespace {
 
