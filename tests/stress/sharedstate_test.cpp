@@ -27,7 +27,7 @@
 
 #ifdef __SANITIZE_THREAD__
 // The sanitizer would wait a second at the end of each of the many processes.
-extern "C" const char* __tsan_default_options() {
+extern "C" [[gnu::visibility("default")]] const char* __tsan_default_options() {
   return "atexit_sleep_ms=0";
 }
 #endif
