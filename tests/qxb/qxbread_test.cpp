@@ -1,13 +1,13 @@
 #include <qxsystem/qxb/qxbrfxn.h>
 
 #include <gtest/gtest.h>
-#include <pthread.h>
 
 #include <new>
 #include <string>
 #include <tuple>
 
 #include "support.h"
+#include "support/smallstack.h"
 
 using namespace qxbtest;
 
@@ -169,7 +169,7 @@ TEST(QXBRead, ReadsGroupsIntoOneObjectAndStandsBehindThem) {
   EXPECT_EQ(QXBinaryRead(cut, object, handler), 4u);
 }
 
-void* ReadNested(void*) {
+void ReadNested() {
   for (const bool groups : {true, false})
     for (const unsigned levels : {128u, 129u, 1000u}) {
       SCOPED_TRACE(levels);
@@ -188,17 +188,10 @@ void* ReadNested(void*) {
       EXPECT_EQ(object.GetData<int>("a"), 1);
       EXPECT_TRUE(in.eof());
     }
-  return nullptr;
 }
 
 TEST(QXBRead, ReadsNestingUpTo128LevelsOnASmallStack) {
-  pthread_t thread;
-  pthread_attr_t attributes;
-  pthread_attr_init(&attributes);
-  pthread_attr_setstacksize(&attributes, 1 << 20);
-  ASSERT_EQ(pthread_create(&thread, &attributes, ReadNested, nullptr), 0);
-  pthread_join(thread, nullptr);
-  pthread_attr_destroy(&attributes);
+  OnSmallStack(ReadNested);
 }
 
 }  // namespace
